@@ -1,0 +1,33 @@
+#include "cliapp.h"
+#include "verbs.h"
+
+#include "core/base/apppaths.h"
+#include "core/base/qcodepages.h"
+#include "core/base/qmugenmodel.h"
+
+#include <QGuiApplication>
+
+int main(int argc, char **argv)
+{
+    // Text layout and some image work need a GUI application, but the tool
+    // runs where there is no display: use the offscreen platform unless
+    // another one is asked for.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("kestrada"));
+
+    // The user's settings (the default codepage above all) apply here as in
+    // the program, but the tool never writes them. Messages of the core go
+    // to standard error through the default console prompt.
+    QMugenModel settings;
+    settings.load(settingsFileForRead(QStringLiteral("config.xml")));
+    configuration = &settings;
+    buildCodecNames();
+
+    Cli::registerFormats();
+    Cli::registerVerbs();
+    const int code = Cli::run(QCoreApplication::arguments().mid(1));
+    configuration = nullptr;
+    return code;
+}

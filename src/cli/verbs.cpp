@@ -1,0 +1,218 @@
+#include "verbs.h"
+
+#include "cliapp.h"
+
+#include "core/base/qmugenmodel.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace Cli {
+
+namespace {
+
+bool readable(const QString &verb, const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        error(verb, QStringLiteral("%1: no such file").arg(path));
+        return false;
+    }
+    if (!info.isFile() || !info.isReadable()) {
+        error(verb, QStringLiteral("%1: can't be read").arg(path));
+        return false;
+    }
+    return true;
+}
+
+const Format *supported(const QString &verb, const QString &path)
+{
+    const Format *format = formatFor(path);
+    if (!format)
+        error(verb, QStringLiteral("%1: this kind of file isn't supported").arg(path));
+    return format;
+}
+
+int runInfo(const Command &command)
+{
+    const QString path = command.args.first();
+    if (!readable(QStringLiteral("info"), path))
+        return Failure;
+    const Format *format = supported(QStringLiteral("info"), path);
+    if (!format || !format->info) {
+        if (format)
+            error(QStringLiteral("info"), QStringLiteral("%1: no information for a %2").arg(path, format->name));
+        return UsageError;
+    }
+    return format->info(command, path);
+}
+
+int runCheck(const Command &command)
+{
+    QList<Diagnostic> diagnostics;
+    bool failed = false;
+    for (const QString &path : command.args) {
+        if (!readable(QStringLiteral("check"), path)) {
+            failed = true;
+            continue;
+        }
+        const Format *format = formatFor(path);
+        if (!format || !format->check) {
+            error(QStringLiteral("check"), QStringLiteral("%1: this kind of file can't be checked").arg(path));
+            return UsageError;
+        }
+        if (!format->check(command, path, diagnostics))
+            failed = true;
+    }
+
+    bool errors = failed;
+    QJsonArray array;
+    for (const Diagnostic &d : std::as_const(diagnostics)) {
+        errors = errors || d.severity == Diagnostic::Error;
+        if (command.json()) {
+            static const char *const names[] = {"error", "warning", "note"};
+            array.append(QJsonObject{{QStringLiteral("path"), d.path},
+                                     {QStringLiteral("line"), d.line},
+                                     {QStringLiteral("column"), d.column},
+                                     {QStringLiteral("severity"), QLatin1String(names[d.severity])},
+                                     {QStringLiteral("text"), d.text}});
+        } else {
+            out() << formatDiagnostic(d) << '\n';
+        }
+    }
+    if (command.json())
+        printJson(array);
+    out().flush();
+    return errors ? Failure : Success;
+}
+
+int runSave(const Command &command)
+{
+    const QString in = command.args.at(0);
+    const QString outPath = command.args.at(1);
+    if (!readable(QStringLiteral("save"), in))
+        return Failure;
+    const Format *format = supported(QStringLiteral("save"), in);
+    if (!format || !format->save) {
+        if (format)
+            error(QStringLiteral("save"), QStringLiteral("%1: a %2 can't be saved").arg(in, format->name));
+        return UsageError;
+    }
+    for (const QString &flag : command.flags) {
+        if (flag != QLatin1String("--json") && !format->saveFlags.contains(flag)) {
+            error(QStringLiteral("save"), QStringLiteral("%1 doesn't apply to a %2").arg(flag, format->name));
+            return UsageError;
+        }
+    }
+    for (auto it = command.values.cbegin(); it != command.values.cend(); ++it) {
+        if (!format->saveValueOptions.contains(it.key())) {
+            error(QStringLiteral("save"), QStringLiteral("%1 doesn't apply to a %2").arg(it.key(), format->name));
+            return UsageError;
+        }
+    }
+    if (formatFor(outPath) != format) {
+        error(QStringLiteral("save"), QStringLiteral("%1: the output must be a %2 too").arg(outPath, format->name));
+        return UsageError;
+    }
+    return format->save(command, in, outPath);
+}
+
+// The program's own configuration files: config.xml and exported .ksc3.
+
+bool isConfiguration(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.suffix().compare(QLatin1String("ksc3"), Qt::CaseInsensitive) == 0
+        || info.fileName().compare(QLatin1String("config.xml"), Qt::CaseInsensitive) == 0;
+}
+
+int configurationInfo(const Command &command, const QString &path)
+{
+    QMugenModel model;
+    if (!model.load(path)) {
+        error(QStringLiteral("info"), QStringLiteral("%1: not a configuration file").arg(path));
+        return Failure;
+    }
+    if (command.json()) {
+        QJsonObject settings;
+        for (auto it = model.config.cbegin(); it != model.config.cend(); ++it) {
+            if (!it.key().startsWith(QLatin1String("mugen_")))
+                settings.insert(it.key(), it.value().toString());
+        }
+        QJsonArray installations;
+        for (const QMugenInfo *info : std::as_const(model.mugens))
+            installations.append(QJsonObject{{QStringLiteral("name"), info->name},
+                                             {QStringLiteral("exe"), info->exe},
+                                             {QStringLiteral("params"), info->params},
+                                             {QStringLiteral("icon"), info->icon}});
+        printJson(QJsonObject{{QStringLiteral("kind"), QStringLiteral("configuration")},
+                              {QStringLiteral("settings"), settings},
+                              {QStringLiteral("installations"), installations}});
+        return Success;
+    }
+    out() << "Configuration: " << path << '\n';
+    out() << "Installations: " << model.count() << '\n';
+    for (const QMugenInfo *info : std::as_const(model.mugens))
+        out() << "  " << info->name << ": " << info->exe << (info->params.isEmpty() ? QString() : QLatin1String(" ") + info->params) << '\n';
+    out() << "Settings:\n";
+    for (auto it = model.config.cbegin(); it != model.config.cend(); ++it) {
+        if (!it.key().startsWith(QLatin1String("mugen_")))
+            out() << "  " << it.key() << " = " << it.value().toString() << '\n';
+    }
+    out().flush();
+    return Success;
+}
+
+int configurationSave(const Command &, const QString &in, const QString &outPath)
+{
+    QMugenModel model;
+    if (!model.load(in)) {
+        error(QStringLiteral("save"), QStringLiteral("%1: not a configuration file").arg(in));
+        return Failure;
+    }
+    if (!model.save(outPath)) {
+        error(QStringLiteral("save"), QStringLiteral("%1: can't be written").arg(outPath));
+        return Failure;
+    }
+    return Success;
+}
+
+} // namespace
+
+void registerFormats()
+{
+    Format configurationFormat;
+    configurationFormat.name = QStringLiteral("configuration file");
+    configurationFormat.matches = isConfiguration;
+    configurationFormat.info = configurationInfo;
+    configurationFormat.save = configurationSave;
+    registerFormat(configurationFormat);
+}
+
+void registerVerbs()
+{
+    registerVerb({QStringLiteral("info"), QStringLiteral("FILE [--json]"),
+                  QStringLiteral("show what a file holds"), {QStringLiteral("--json")}, {}, 1, 1,
+                  runInfo});
+    registerVerb({QStringLiteral("check"), QStringLiteral("FILE... [--mugen-version X.Y] [--json]"),
+                  QStringLiteral("check files; exit status 1 when there is an error"),
+                  {QStringLiteral("--json")}, {QStringLiteral("--mugen-version")}, 1, -1, runCheck});
+
+    // save takes the options of every format; the format then refuses those
+    // that aren't its own.
+    QStringList saveFlags{QStringLiteral("--json")};
+    QStringList saveValues;
+    for (const Format &format : allFormats()) {
+        saveFlags += format.saveFlags;
+        saveValues += format.saveValueOptions;
+    }
+    saveFlags.removeDuplicates();
+    saveValues.removeDuplicates();
+    Verb save{QStringLiteral("save"), QStringLiteral("IN OUT [options]"),
+              QStringLiteral("read a file and write it again, converted where asked"),
+              saveFlags, saveValues, 2, 2, runSave};
+    registerVerb(save);
+}
+
+} // namespace Cli

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "../base/qmessages.h"
+#include "../base/qprojectfile.h"
+
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QString>
+
+class QAnimations;
+class QCommands;
+class QDefinitions;
+class QSounds;
+class QSprites;
+class QSyntaxTextEditor;
+
+/**
+ * One open piece of engine content: a character, storyboard, stage or font.
+ *
+ * It owns one document of each kind and a list of state documents, knows
+ * which of them hold unsaved work, and never talks to the user: questions
+ * that need a person (a file name, a sprite file version) go out as signals
+ * with a return value, answered synchronously by the shell.
+ */
+class QProject : public QObject, public QProjectOwner
+{
+    Q_OBJECT
+
+public:
+    /** `cacheType` and `cacheCompression` configure the stores of the sprites and sounds. */
+    QProject(int cacheType, bool cacheCompression, QObject *parent = nullptr);
+    ~QProject() override;
+
+    /** The kind, a QProjectType value, as the DEF says; a character until a DEF is read. */
+    int type() const;
+    void setType(int type);
+
+    QDefinitions *definitions() const { return m_definitions; }
+    QSprites *sprites() const { return m_sprites; }
+    /** The text document of the AIR file; stages and storyboards keep theirs in the DEF. */
+    QSyntaxTextEditor *animationText() const { return m_animationText; }
+    QAnimations *animations() const { return m_animations; }
+    QCommands *commands() const { return m_commands; }
+    QSounds *sounds() const { return m_sounds; }
+
+    int statesCount() const { return int(m_states.size()); }
+    /** The state document at `index`, or null out of range. */
+    QSyntaxTextEditor *states(int index) const;
+    /** Creates an empty state document titled `title` at the end of the list. Owned by the project. */
+    QSyntaxTextEditor *addState(const QString &title);
+    /** Moves a state document; indexes are renumbered and the message list updated. */
+    void moveState(int from, int to);
+    /** Deletes a state document; indexes are renumbered and the message list updated. */
+    void removeState(int index);
+
+    /**
+     * Opens the project of the DEF `fileName`, decoding text with `codepage`
+     * where no encoding can be detected. With `backup`, every file read is
+     * first copied into a time-stamped folder under "backup/" beside the
+     * DEF. With `keepName` the documents keep the names they had (a backup
+     * restored over the project). False only when the DEF can't be read;
+     * the project then holds nothing.
+     */
+    bool fromFile(const QString &fileName, int codepage, bool backup, bool keepName);
+
+    /**
+     * Asks every state document whether its changes may be dropped (all of
+     * them, even after a refusal), then, stopping at the first refusal, the
+     * definitions, sprites, animations, commands and sounds.
+     */
+    bool canClose();
+    /** True when no document holds anything and there are no state documents. */
+    bool isBlank() const;
+
+    /** A per-project setting; an absent key reads as empty and comes into being. */
+    QString setting(const QString &key);
+    /** Writes a per-project setting, and the same key in the configuration. */
+    void setSetting(const QString &key, const QString &value);
+
+    QMessageList &messages() { return m_messages; }
+
+    // QProjectOwner
+    int projectType() const override { return type(); }
+    quint32 engineVersion() const override;
+    QMessageList *messageList() override { return &m_messages; }
+    void documentChanged(QProjectFile *document) override;
+
+Q_SIGNALS:
+    /** Which name to save `file` under, starting in `path`; empty when the user gave up. */
+    QString saveFileName(QProjectFileType file, QString path);
+    /** Which SFF version to save, offering `currentVersion`; 0 when the user gave up. */
+    quint32 spritesVersionToSave(quint32 currentVersion);
+    /**
+     * Progress of a long operation. `max` counts only when `pos` is 0; a
+     * receiver clears `allow` to ask for a stop.
+     */
+    void progress(uint pos, uint max, bool &allow);
+    /** A document changed its content or its modified state. */
+    void changed(QProjectFile *document);
+
+private:
+    void renumberStates(int from);
+
+    QMap<QString, QString> m_settings;
+    QMessageList m_messages;
+    QDefinitions *m_definitions = nullptr;
+    QSyntaxTextEditor *m_animationText = nullptr;
+    QSprites *m_sprites = nullptr;
+    QAnimations *m_animations = nullptr;
+    QCommands *m_commands = nullptr;
+    QSounds *m_sounds = nullptr;
+    QList<QSyntaxTextEditor *> m_states;
+};

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+/**
+ * The one way the core talks to a person.
+ *
+ * Models report what the user must know (a refused save, a discard question)
+ * through the global pointer `userPrompt` instead of opening message boxes,
+ * so the same model runs in the window, in kestrada-cli and in tests. The
+ * program installs one implementation at start; readers never own it.
+ */
+class QUserPrompt
+{
+public:
+    virtual ~QUserPrompt() = default;
+
+    virtual void critical(const QString &title, const QString &text) = 0;
+    virtual void warning(const QString &title, const QString &text) = 0;
+    virtual void information(const QString &title, const QString &text) = 0;
+    /** A Yes/No question. Returns true for Yes. `defaultYes` picks the default button. */
+    virtual bool question(const QString &title, const QString &text, bool defaultYes = false) = 0;
+};
+
+/**
+ * The installed prompt. Never null: until something else is installed it
+ * points at a console prompt, so a model used before start-up still has
+ * somewhere to say things.
+ */
+extern QUserPrompt *userPrompt;
+
+/**
+ * Writes "title: text" to standard error and answers every question with its
+ * default. Used by kestrada-cli, where nobody is there to answer.
+ */
+class QConsoleUserPrompt : public QUserPrompt
+{
+public:
+    void critical(const QString &title, const QString &text) override;
+    void warning(const QString &title, const QString &text) override;
+    void information(const QString &title, const QString &text) override;
+    bool question(const QString &title, const QString &text, bool defaultYes = false) override;
+
+private:
+    void print(const QString &title, const QString &text);
+};
+
+/**
+ * Records every call and answers questions from a script, so a test can
+ * assert the exact texts a model shows and steer its decisions.
+ */
+class QRecordingUserPrompt : public QUserPrompt
+{
+public:
+    enum Kind { Critical, Warning, Information, Question };
+
+    struct Call
+    {
+        Kind kind;
+        QString title;
+        QString text;
+        bool defaultYes;
+    };
+
+    /** Installs itself as `userPrompt` and puts the previous one back when destroyed. */
+    QRecordingUserPrompt();
+    ~QRecordingUserPrompt() override;
+
+    void critical(const QString &title, const QString &text) override;
+    void warning(const QString &title, const QString &text) override;
+    void information(const QString &title, const QString &text) override;
+    /** Answers with the next scripted answer, or with the default when none is left. */
+    bool question(const QString &title, const QString &text, bool defaultYes = false) override;
+
+    /** Queues answers for the coming questions, first in first out. */
+    void answer(std::initializer_list<bool> answers);
+
+    QList<Call> calls;
+
+private:
+    QList<bool> m_answers;
+    QUserPrompt *m_previous;
+};

@@ -1,0 +1,155 @@
+#include "qsyntaxtexteditor.h"
+
+#include "../base/atomicfile.h"
+#include "../base/qcodepages.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QTextCodec>
+#include <QTextDocument>
+
+#include <memory>
+
+namespace {
+
+int utf8Codepage()
+{
+    return codepageOfCodec(QTextCodec::codecForName("UTF-8"));
+}
+
+} // namespace
+
+QSyntaxTextEditor::QSyntaxTextEditor(QProjectOwner *project, QProjectFileType fileType,
+                                     bool parseElements, quint32 version, bool checking)
+    : QProjectFile(project, fileType)
+    , m_parseElements(parseElements)
+    , m_checking(checking)
+    , m_version(version)
+    , m_codepage(utf8Codepage())
+{
+    auto tell = [this] {
+        Q_EMIT changed();
+        notifyOwner();
+    };
+    connect(document(), &QTextDocument::modificationChanged, this, tell);
+    connect(document(), &QTextDocument::contentsChanged, this, tell);
+}
+
+QSyntaxTextEditor::~QSyntaxTextEditor() = default;
+
+bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepName)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray bytes = file.readAll();
+    file.close();
+
+    // A byte order mark decides; otherwise the codepage the caller gives.
+    QTextCodec *codec = QTextCodec::codecForUtfText(bytes, codecForCodepage(codepage));
+    const QString text = codec->toUnicode(bytes);
+
+    const QString title = document()->metaInformation(QTextDocument::DocumentTitle);
+    const QString url = document()->metaInformation(QTextDocument::DocumentUrl);
+    document()->setPlainText(text);
+    if (keepName) {
+        document()->setMetaInformation(QTextDocument::DocumentTitle, title);
+        document()->setMetaInformation(QTextDocument::DocumentUrl, url);
+    } else {
+        const QFileInfo info(fileName);
+        document()->setMetaInformation(QTextDocument::DocumentTitle, info.fileName());
+        document()->setMetaInformation(QTextDocument::DocumentUrl, info.absoluteFilePath());
+    }
+    m_codepage = codepageOfCodec(codec);
+    document()->setModified(false);
+    return true;
+}
+
+bool QSyntaxTextEditor::save(const QString &fileName, bool asUtf8, bool asCopy)
+{
+    QTextCodec *codec = asUtf8 ? QTextCodec::codecForName("UTF-8") : codecForCodepage(m_codepage);
+    QString text = document()->toPlainText();
+    text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
+    // IgnoreHeader: the engine reads no byte order mark, so none is written.
+    const std::unique_ptr<QTextEncoder> encoder(codec->makeEncoder(QTextCodec::IgnoreHeader));
+    if (!writeFileAtomically(fileName, encoder->fromUnicode(text)))
+        return false;
+    if (!asCopy) {
+        const QFileInfo info(fileName);
+        document()->setMetaInformation(QTextDocument::DocumentTitle, info.fileName());
+        document()->setMetaInformation(QTextDocument::DocumentUrl, info.absoluteFilePath());
+        document()->setModified(false);
+    }
+    return true;
+}
+
+void QSyntaxTextEditor::clear()
+{
+    document()->clear();
+    document()->setMetaInformation(QTextDocument::DocumentTitle, QString());
+    document()->setMetaInformation(QTextDocument::DocumentUrl, QString());
+    document()->setModified(false);
+    m_codepage = utf8Codepage();
+}
+
+QString QSyntaxTextEditor::text() const
+{
+    return document()->toPlainText();
+}
+
+QString QSyntaxTextEditor::fileName() const
+{
+    return document()->metaInformation(QTextDocument::DocumentUrl);
+}
+
+QString QSyntaxTextEditor::title() const
+{
+    return document()->metaInformation(QTextDocument::DocumentTitle);
+}
+
+void QSyntaxTextEditor::setVersion(quint32 version)
+{
+    m_version = version;
+}
+
+bool QSyntaxTextEditor::checkSave(quint32)
+{
+    return true;
+}
+
+bool QSyntaxTextEditor::checkDiscard()
+{
+    return askDiscard(discardQuestion());
+}
+
+bool QSyntaxTextEditor::isModified() const
+{
+    return document()->isModified();
+}
+
+bool QSyntaxTextEditor::isEmpty() const
+{
+    return document()->isEmpty();
+}
+
+void QSyntaxTextEditor::check()
+{
+    // Diagnostics come from the syntax processor's pass over each line; a
+    // document without one has nothing to report.
+    messages().begin();
+    messages().end();
+}
+
+QString QSyntaxTextEditor::discardQuestion() const
+{
+    // State files are plain documents of this class; every other kind of
+    // text names its own question.
+    if (fileType() != FileStates)
+        return QString();
+    const QString name = title().isEmpty() ? QCoreApplication::translate("QSyntaxTextEditor", "the states")
+                                           : title();
+    return QCoreApplication::translate("QSyntaxTextEditor",
+                                       "Do you really want to discard the changes made in %1?")
+        .arg(name);
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "../base/qprojectfile.h"
+#include "qelementtexteditor.h"
+
+#include <QString>
+
+/**
+ * A text document of a project: a state file, the commands, the animation
+ * text or the DEF. Loads a file with its encoding, saves with CR LF line
+ * ends and no byte order mark, and answers the project file contract.
+ */
+class QSyntaxTextEditor : public QElementTextEditor, public QProjectFile
+{
+    Q_OBJECT
+
+public:
+    /**
+     * `project` may be null for a document that stands alone. `parseElements`
+     * and `checking` decide whether structure is read from the text and
+     * whether the text is checked; `version` is the engine version it is
+     * checked against.
+     */
+    QSyntaxTextEditor(QProjectOwner *project, QProjectFileType fileType, bool parseElements,
+                      quint32 version, bool checking);
+    ~QSyntaxTextEditor() override;
+
+    /**
+     * Reads `fileName`, decoding it with the codec of `codepage` (0 for the
+     * system's) unless it starts with a byte order mark. With `keepName` the
+     * document keeps the name and path it had. False, with the document as
+     * it was, when the file can't be read.
+     */
+    virtual bool load(const QString &fileName, int codepage, bool keepName);
+    /**
+     * Writes the text to `fileName` with CR LF line ends, in UTF-8 when
+     * `asUtf8` and otherwise in the encoding it was read with. Unless
+     * `asCopy`, the document then takes that name and is unmodified. The
+     * write is atomic; false leaves the earlier file untouched.
+     */
+    bool save(const QString &fileName, bool asUtf8, bool asCopy);
+    /** Empties the document, forgets its name and goes back to UTF-8. */
+    virtual void clear();
+
+    /** The plain text, with "\n" line ends. */
+    QString text() const;
+    /** The whole path of the file, empty for a new document. */
+    QString fileName() const;
+    /** The bare file name. */
+    QString title() const;
+    /** The encoding that save() uses when not asked for UTF-8, as a codepage number. */
+    int codepage() const { return m_codepage; }
+    void setCodepage(int codepage) { m_codepage = codepage; }
+    /** The engine version the text is checked against. */
+    quint32 version() const { return m_version; }
+    virtual void setVersion(quint32 version);
+    bool parsesElements() const { return m_parseElements; }
+    bool isChecking() const { return m_checking; }
+
+    bool checkSave(quint32 version) override;
+    bool checkDiscard() override;
+    bool isModified() const override;
+    bool isEmpty() const override;
+    void check() override;
+
+Q_SIGNALS:
+    /** The modified state or the text changed. */
+    void changed();
+
+protected:
+    /** The question asked before unsaved changes are dropped; empty to drop them silently. */
+    virtual QString discardQuestion() const;
+
+private:
+    bool m_parseElements;
+    bool m_checking;
+    quint32 m_version;
+    int m_codepage;
+};

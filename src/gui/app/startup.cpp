@@ -1,0 +1,100 @@
+#include "startup.h"
+
+#include "mainwindow.h"
+#include "qguiuserprompt.h"
+
+#include "core/base/apppaths.h"
+#include "core/base/qcodepages.h"
+#include "core/base/qhandover.h"
+#include "core/base/qmugenmodel.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QSplashScreen>
+#include <QThread>
+
+#include <memory>
+
+StartDecision decideStart(const QStringList &arguments, bool firstInstance)
+{
+    StartDecision decision;
+    if (arguments.size() != 2)
+        return decision;
+    const QString &argument = arguments.at(1);
+    if (QFile::exists(argument)) {
+        // A second instance only hands the file over; the first one opens
+        // the file itself, from the same hand-over file, once it is up.
+        decision.handOverFile = argument;
+        decision.showWindow = firstInstance;
+    } else if (argument == QLatin1String("-ape")) {
+        decision.showWindow = false;
+        decision.paletteEditor = true;
+    }
+    return decision;
+}
+
+namespace {
+
+void runPaletteEditor()
+{
+    // TODO: apply the language and preset, then run the palette editor as
+    // a dialog of its own, once it exists.
+}
+
+int runMainWindow(bool firstInstance)
+{
+    auto splashPixmap = std::make_unique<QPixmap>(QStringLiteral(":/imgs/Imgs/Splash.png"));
+    auto *splash = new QSplashScreen(*splashPixmap);
+    splash->show();
+    QCoreApplication::processEvents();
+    // The splash stays a moment whatever the speed of the start.
+    QThread::msleep(1000);
+
+    int code = 0;
+    {
+        MainWindow window(firstInstance);
+        window.show();
+        delete splash;
+        code = QApplication::exec();
+    }
+    return code;
+}
+
+} // namespace
+
+int kestradaMain(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("kestrada"));
+    // Image format plug-ins beside the executable are found too.
+    QCoreApplication::addLibraryPath(applicationDir());
+
+    QGuiUserPrompt prompt;
+    QUserPrompt *previousPrompt = userPrompt;
+    userPrompt = &prompt;
+
+    configuration = new QMugenModel;
+    configuration->load(settingsFileForRead(QStringLiteral("config.xml")));
+    buildCodecNames();
+
+    // The lock lives until this function returns; its end frees it.
+    QInstanceLock lock;
+    QHandOver handOver;
+    if (lock.isFirst())
+        handOver.openForFirstInstance();
+
+    const StartDecision decision = decideStart(QCoreApplication::arguments(), lock.isFirst());
+    if (!decision.handOverFile.isEmpty())
+        handOver.append(decision.handOverFile);
+    if (decision.paletteEditor)
+        runPaletteEditor();
+
+    int code = 0;
+    if (decision.showWindow)
+        code = runMainWindow(lock.isFirst());
+
+    delete configuration;
+    configuration = nullptr;
+    userPrompt = previousPrompt;
+    return code;
+}

@@ -1,0 +1,92 @@
+#include "core/base/qhandover.h"
+#include "testsupport.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+class tst_QHandOver : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_temp;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        // A private temporary folder: the hand-over file and the lock of a
+        // program running on this machine are left alone.
+        qputenv("TMPDIR", m_temp.path().toLocal8Bit());
+        QCOMPARE(QHandOver::path(), m_temp.path() + QStringLiteral("/open.ks3"));
+    }
+
+    void init()
+    {
+        QFile::remove(QHandOver::path());
+    }
+
+    void firstInstanceEmptiesWhatACrashLeft()
+    {
+        QVERIFY(TestSupport::writeFile(QHandOver::path(), "/left/over.def\n"));
+        QHandOver first;
+        QVERIFY(first.openForFirstInstance());
+        QVERIFY(first.isOpen());
+        QCOMPARE(QFileInfo(QHandOver::path()).size(), 0);
+        // The first instance given a file writes its own line through the open handle.
+        QVERIFY(first.append(QStringLiteral("/mine.def")));
+        QVERIFY(!first.isOpen());
+        QCOMPARE(TestSupport::readFile(QHandOver::path()), QByteArray("/mine.def\n"));
+    }
+
+    void linesAppendAndAreConsumedOnce()
+    {
+        QHandOver second;
+        QVERIFY(second.append(QStringLiteral("/a/kfm.def")));
+        QHandOver third;
+        QVERIFY(third.append(QStringLiteral("relative/kfm.sff")));
+        const QString unicode = QStringLiteral("/chars/\u00e9l\u00e8ve/st\u00e4ge.def");
+        QVERIFY(third.append(unicode));
+        // One path a line, each ended by one 0x0A, in the local 8-bit encoding.
+        QCOMPARE(TestSupport::readFile(QHandOver::path()),
+                 QByteArray("/a/kfm.def\nrelative/kfm.sff\n") + unicode.toLocal8Bit() + '\n');
+
+        QHandOver reader;
+        QCOMPARE(reader.consume(), QStringList({QStringLiteral("/a/kfm.def"), QStringLiteral("relative/kfm.sff"), unicode}));
+        QCOMPARE(QFileInfo(QHandOver::path()).size(), 0);
+        QCOMPARE(reader.consume(), QStringList());
+    }
+
+    void emptyLinesAreSkipped()
+    {
+        QVERIFY(TestSupport::writeFile(QHandOver::path(), "\n\n/x.air\n\n\n/y.cmd"));
+        QHandOver reader;
+        QCOMPARE(reader.consume(), QStringList({QStringLiteral("/x.air"), QStringLiteral("/y.cmd")}));
+    }
+
+    void missingFileGivesNothing()
+    {
+        QHandOver reader;
+        QCOMPARE(reader.consume(), QStringList());
+        QVERIFY(!QFile::exists(QHandOver::path()));
+    }
+
+    void onlyOneInstanceHoldsTheLock()
+    {
+        const QString key = QStringLiteral("KestradaTest-%1").arg(QCoreApplication::applicationPid());
+        {
+            QInstanceLock first(key);
+            QVERIFY(first.isFirst());
+            // A live holder keeps the lock against the stale-segment recovery.
+            QInstanceLock second(key);
+            QVERIFY(!second.isFirst());
+            QInstanceLock third(key);
+            QVERIFY(!third.isFirst());
+        }
+        // Its end frees the lock for the next start.
+        QInstanceLock next(key);
+        QVERIFY(next.isFirst());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_QHandOver)
+#include "tst_qhandover.moc"

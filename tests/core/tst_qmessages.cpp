@@ -1,0 +1,147 @@
+#include "core/base/qmessages.h"
+
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <memory>
+
+class tst_QMessages : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void displayTexts_data()
+    {
+        QTest::addColumn<int>("file");
+        QTest::addColumn<int>("index");
+        QTest::addColumn<int>("line");
+        QTest::addColumn<int>("fileIndex");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("def") << 0 << 4 << 0 << 0 << QStringLiteral("DEF(1): text");
+        QTest::newRow("sprite without index") << 1 << -1 << 0 << 0 << QStringLiteral("SFF: text");
+        QTest::newRow("sprite") << 1 << 0 << 0 << 0 << QStringLiteral("SFF(1): text");
+        QTest::newRow("palette at place 2") << 1 << 2 << 1 << 0 << QStringLiteral("SFF(palette 3): text");
+        QTest::newRow("air") << 2 << 3 << 41 << 0 << QStringLiteral("AIR(42): text");
+        QTest::newRow("cmd") << 3 << 0 << 0 << 0 << QStringLiteral("CMD(1): text");
+        QTest::newRow("second state, line index 9") << 4 << 7 << 9 << 1 << QStringLiteral("ST 2(10): text");
+        QTest::newRow("sound") << 5 << 6 << 0 << 0 << QStringLiteral("SND(7): text");
+        QTest::newRow("sound without index") << 5 << -1 << 0 << 0 << QStringLiteral("SND: text");
+    }
+
+    void displayTexts()
+    {
+        QFETCH(int, file);
+        QFETCH(int, index);
+        QFETCH(int, line);
+        QFETCH(int, fileIndex);
+        QFETCH(QString, expected);
+        QMessage message;
+        message.file = file;
+        message.index = index;
+        message.line = line;
+        message.text = QStringLiteral("text");
+        QCOMPARE(QMessageList::displayText(message, fileIndex), expected);
+    }
+
+    void textsWithPercentSignsStayAsTheyAre()
+    {
+        QMessage message;
+        message.file = FileStates;
+        message.text = QStringLiteral("value %1 and %2 here");
+        QCOMPARE(QMessageList::displayText(message, 0), QStringLiteral("ST 1(1): value %1 and %2 here"));
+    }
+
+    void totalsAcrossDocuments()
+    {
+        QMessageList list;
+        QMessages sprites(&list, FileSprites);
+        QMessages states(&list, FileStates);
+        states.setFileIndex(2);
+        QSignalSpy updated(&list, &QMessageList::updated);
+
+        sprites.begin();
+        sprites.add(0, QStringLiteral("Empty sprite!"), 0, 0);
+        sprites.add(1, QStringLiteral("duplicate"), 1, 0);
+        sprites.add(2, QStringLiteral("note"), 1, 0);
+        // Within a check the list waits for its end.
+        QCOMPARE(updated.count(), 0);
+        sprites.end();
+        QCOMPARE(updated.count(), 1);
+
+        // Outside a check every message updates the list at once.
+        states.add(1, QStringLiteral("warn"), 3, 9);
+        QCOMPARE(updated.count(), 2);
+
+        QCOMPARE(list.rowCount(), 4);
+        QCOMPARE(list.errors(), 1);
+        QCOMPARE(list.warnings(), 2);
+        QCOMPARE(sprites.count(QMessages::AnySeverity), 3);
+        QCOMPARE(sprites.count(QMessages::Information), 1);
+
+        int fileIndex = -1;
+        QCOMPARE(list.message(3, &fileIndex).text, QStringLiteral("warn"));
+        QCOMPARE(fileIndex, 2);
+        QCOMPARE(list.message(0, &fileIndex).text, QStringLiteral("Empty sprite!"));
+        QCOMPARE(fileIndex, 0);
+        QCOMPARE(list.data(list.index(3), Qt::DisplayRole).toString(), QStringLiteral("ST 3(10): warn"));
+
+        // Out of range: an empty message.
+        const QMessage none = list.message(4, &fileIndex);
+        QVERIFY(none.text.isEmpty());
+        QCOMPARE(none.file, 0);
+        QVERIFY(list.message(-1).text.isEmpty());
+    }
+
+    void informationOnlyCountsAsARow()
+    {
+        QMessageList list;
+        QMessages sounds(&list, FileSounds);
+        sounds.add(2, QStringLiteral("info"), -1, 0);
+        QCOMPARE(list.rowCount(), 1);
+        QCOMPARE(list.errors(), 0);
+        QCOMPARE(list.warnings(), 0);
+    }
+
+    void decorationFollowsSeverity()
+    {
+        QMessageList list;
+        QMessages definitions(&list, FileDefinitions);
+        definitions.add(0, QStringLiteral("e"), 0, 0);
+        definitions.add(1, QStringLiteral("w"), 0, 1);
+        definitions.add(2, QStringLiteral("i"), 0, 2);
+        for (int row = 0; row < 3; ++row)
+            QVERIFY(!list.data(list.index(row), Qt::DecorationRole).value<QIcon>().isNull());
+        QVERIFY(!list.data(list.index(0), Qt::ToolTipRole).isValid());
+    }
+
+    void aDocumentThatGoesTakesItsRowsAtTheNextUpdate()
+    {
+        QMessageList list;
+        QMessages kept(&list, FileCommands);
+        auto gone = std::make_unique<QMessages>(&list, FileStates);
+        kept.add(0, QStringLiteral("k"), 0, 0);
+        gone->add(0, QStringLiteral("g"), 0, 0);
+        QCOMPARE(list.rowCount(), 2);
+        gone.reset();
+        // The row is no longer reachable even before the update...
+        QVERIFY(list.message(1).text.isEmpty());
+        list.update();
+        // ...and the update recounts.
+        QCOMPARE(list.rowCount(), 1);
+        QCOMPARE(list.errors(), 1);
+    }
+
+    void clearResetsCounts()
+    {
+        QMessageList list;
+        QMessages animations(&list, FileAnimations);
+        animations.add(0, QStringLiteral("a"), 0, 0);
+        animations.begin();
+        animations.end();
+        QCOMPARE(animations.count(QMessages::Error), 0);
+        QCOMPARE(list.rowCount(), 0);
+    }
+};
+
+QTEST_MAIN(tst_QMessages)
+#include "tst_qmessages.moc"

@@ -1,0 +1,134 @@
+#include "core/base/qcodepages.h"
+#include "core/text/qsyntaxtexteditor.h"
+#include "testsupport.h"
+
+#include <QTemporaryDir>
+#include <QTextCodec>
+#include <QTextDocument>
+#include <QtTest>
+
+using TestSupport::readFile;
+using TestSupport::writeFile;
+
+class tst_QSyntaxTextEditor : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QString path(const char *name) const { return m_dir.filePath(QLatin1String(name)); }
+
+    static int codepageOf(const char *name)
+    {
+        return codepageOfCodec(QTextCodec::codecForName(name));
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        buildCodecNames();
+        QVERIFY(!codecNames.isEmpty());
+        QVERIFY(!codecNames.contains("System"));
+        QVERIFY(std::is_sorted(codecNames.begin(), codecNames.end()));
+        QVERIFY(codepageOf("Shift_JIS") > 0);
+        QVERIFY(codepageOf("ISO-8859-1") > 0);
+    }
+
+    void codepagesMapBothWays()
+    {
+        // 0 and anything out of range mean the system's codec.
+        QCOMPARE(codecForCodepage(0), QTextCodec::codecForLocale());
+        QCOMPARE(codecForCodepage(-4), QTextCodec::codecForLocale());
+        QCOMPARE(codecForCodepage(int(codecNames.size()) + 1), QTextCodec::codecForLocale());
+        const int sjis = codepageOf("Shift_JIS");
+        QCOMPARE(codecNames.at(sjis - 1).toLower(), codecForCodepage(sjis)->name().toLower());
+        QCOMPARE(codepageOfCodec(nullptr), 0);
+    }
+
+    void lineEndsBecomeCrLfOnSave()
+    {
+        QVERIFY(writeFile(path("lf.cns"), "[Statedef 0]\ntype = S\n"));
+        QSyntaxTextEditor document(nullptr, FileStates, false, 0x1010000, true);
+        QVERIFY(document.load(path("lf.cns"), 0, false));
+        QCOMPARE(document.title(), QStringLiteral("lf.cns"));
+        QCOMPARE(document.fileName(), QFileInfo(path("lf.cns")).absoluteFilePath());
+        QVERIFY(!document.isModified());
+        QVERIFY(document.save(path("crlf.cns"), false, true));
+        QCOMPARE(readFile(path("crlf.cns")), QByteArray("[Statedef 0]\r\ntype = S\r\n"));
+        // A copy leaves the name as it was.
+        QCOMPARE(document.title(), QStringLiteral("lf.cns"));
+    }
+
+    void encodingsRoundTrip_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArray>("codec");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("saved");
+        QTest::newRow("shift-jis") << QByteArray("; \x97\xa7\x82\xbf\r\n") << QByteArray("Shift_JIS")
+                                   << QStringLiteral("; \u7acb\u3061\n") << QByteArray("; \x97\xa7\x82\xbf\r\n");
+        QTest::newRow("latin-1") << QByteArray("; ca\xf1\xf3n\r\n") << QByteArray("ISO-8859-1")
+                                 << QStringLiteral("; ca\u00f1\u00f3n\n") << QByteArray("; ca\xf1\xf3n\r\n");
+        // The mark decides over the codepage given, and isn't written back.
+        QTest::newRow("utf-8 with mark") << QByteArray("\xef\xbb\xbf; \xc3\xa9\r\n") << QByteArray("ISO-8859-1")
+                                         << QStringLiteral("; \u00e9\n") << QByteArray("; \xc3\xa9\r\n");
+    }
+
+    void encodingsRoundTrip()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QByteArray, codec);
+        QFETCH(QString, text);
+        QFETCH(QByteArray, saved);
+        QVERIFY(writeFile(path("in.txt"), bytes));
+        QSyntaxTextEditor document(nullptr, FileStates, false, 0x1010000, true);
+        QVERIFY(document.load(path("in.txt"), codepageOf(codec.constData()), false));
+        QCOMPARE(document.text(), text);
+        QVERIFY(document.save(path("out.txt"), false, false));
+        QCOMPARE(readFile(path("out.txt")), saved);
+        QVERIFY(!document.isModified());
+        QCOMPARE(document.title(), QStringLiteral("out.txt"));
+    }
+
+    void utf8SaveHasNoMark()
+    {
+        QSyntaxTextEditor document(nullptr, FileCommands, true, 0x1010000, true);
+        document.document()->setPlainText(QStringLiteral("; \u00e9"));
+        QVERIFY(document.save(path("utf8.cmd"), true, false));
+        QCOMPARE(readFile(path("utf8.cmd")), QByteArray("; \xc3\xa9"));
+    }
+
+    void keepNameAndFailures()
+    {
+        QVERIFY(writeFile(path("first.air"), "[Begin Action 0]\n"));
+        QVERIFY(writeFile(path("second.air"), "[Begin Action 1]\n"));
+        QSyntaxTextEditor document(nullptr, FileAnimations, true, 0x1010000, true);
+        QVERIFY(document.load(path("first.air"), 0, false));
+        QVERIFY(document.load(path("second.air"), 0, true));
+        QCOMPARE(document.title(), QStringLiteral("first.air"));
+        QCOMPARE(document.text(), QStringLiteral("[Begin Action 1]\n"));
+        // A file that can't be read leaves the document as it was.
+        QVERIFY(!document.load(path("absent.air"), 0, false));
+        QCOMPARE(document.text(), QStringLiteral("[Begin Action 1]\n"));
+        // A failed save keeps the earlier file and the document's state.
+        document.document()->setPlainText(QStringLiteral("changed"));
+        QVERIFY(!document.save(m_dir.path(), false, false));
+        QVERIFY(document.isModified());
+        QCOMPARE(readFile(path("first.air")), QByteArray("[Begin Action 0]\n"));
+        document.clear();
+        QVERIFY(document.isEmpty());
+        QVERIFY(!document.isModified());
+        QVERIFY(document.fileName().isEmpty());
+    }
+
+    void animationTextLeavesTheQuestionToTheAnimations()
+    {
+        QSyntaxTextEditor plain(nullptr, FileAnimations, true, 0x1010000, true);
+        plain.document()->setPlainText(QStringLiteral("x"));
+        // The animation text has no question of its own: the animations ask.
+        QVERIFY(plain.checkDiscard());
+    }
+};
+
+QTEST_MAIN(tst_QSyntaxTextEditor)
+#include "tst_qsyntaxtexteditor.moc"

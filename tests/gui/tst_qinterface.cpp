@@ -1,0 +1,180 @@
+#include "core/animation/qanimations.h"
+#include "core/app/qproject.h"
+#include "core/base/qhandover.h"
+#include "core/base/qmugenmodel.h"
+#include "core/base/quserprompt.h"
+#include "core/text/qcommands.h"
+#include "core/text/qdefinitions.h"
+#include "gui/app/qinterface.h"
+#include "testsupport.h"
+
+#include <QMainWindow>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTextDocument>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using TestSupport::writeFile;
+
+class tst_QInterface : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_temp;
+    QMugenModel m_configuration;
+
+    QString file(const QString &name, const QByteArray &content)
+    {
+        const QString path = m_temp.filePath(name);
+        if (!writeFile(path, content))
+            qFatal("can't write %s", qPrintable(path));
+        return path;
+    }
+
+    void handOver(const QStringList &lines)
+    {
+        QHandOver handOver;
+        for (const QString &line : lines)
+            QVERIFY(handOver.append(line));
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qputenv("TMPDIR", m_temp.path().toLocal8Bit());
+        configuration = &m_configuration;
+    }
+
+    void cleanupTestCase()
+    {
+        configuration = nullptr;
+    }
+
+    void init()
+    {
+        QFile::remove(QHandOver::path());
+    }
+
+    void startsWithOneBlankProject()
+    {
+        QMainWindow window;
+        QInterface interface(&window);
+        interface.start(false);
+        QCOMPARE(interface.projects().size(), 1);
+        QVERIFY(interface.projects().first()->isBlank());
+        QCOMPARE(interface.currentProject(), interface.projects().first());
+    }
+
+    void aDefReplacesTheBlankProject()
+    {
+        const QString def = file(QStringLiteral("kfm/kfm.def"), "[Files]\r\n");
+        handOver({def});
+        QMainWindow window;
+        QInterface interface(&window);
+        interface.start(true);
+        // The DEF was read at start; the blank project of the start gave way.
+        QCOMPARE(interface.projects().size(), 1);
+        QCOMPARE(interface.projects().first()->definitions()->fileName(), QFileInfo(def).absoluteFilePath());
+        QCOMPARE(m_configuration.config.value(QStringLiteral("proj_path")).toString(),
+                 QFileInfo(def).absolutePath());
+        QCOMPARE(QFileInfo(QHandOver::path()).size(), 0);
+
+        // A second DEF leaves two.
+        interface.openProject(def);
+        QCOMPARE(interface.projects().size(), 2);
+        // A DEF that can't be read opens nothing, and says nothing.
+        QRecordingUserPrompt prompt;
+        interface.openProject(m_temp.filePath(QStringLiteral("missing.def")));
+        QCOMPARE(interface.projects().size(), 2);
+        QVERIFY(prompt.calls.isEmpty());
+    }
+
+    void aBlankProjectWithTextStays()
+    {
+        QMainWindow window;
+        QInterface interface(&window);
+        interface.start(false);
+        interface.projects().first()->commands()->document()->setPlainText(QStringLiteral("; mine"));
+        QRecordingUserPrompt prompt;
+        interface.openProject(file(QStringLiteral("a.def"), "[Files]\r\n"));
+        QCOMPARE(interface.projects().size(), 2);
+    }
+
+    void documentsGoIntoTheLastProject()
+    {
+        QMainWindow window;
+        QInterface interface(&window);
+        interface.start(true);
+        handOver({file(QStringLiteral("one.cmd"), "[Command]\r\nname = \"a\"\r\n"),
+                  file(QStringLiteral("two.cmd"), "[Command]\r\nname = \"b\"\r\n"),
+                  file(QStringLiteral("common.cns"), "[Statedef 0]\r\n"),
+                  file(QStringLiteral("notes.txt"), "x")});
+        interface.consumeHandOver();
+        // The second commands file found the first in use and opened its own
+        // project; the state file joined that last project; the text file
+        // was skipped.
+        QCOMPARE(interface.projects().size(), 2);
+        QCOMPARE(interface.projects().at(0)->commands()->title(), QStringLiteral("one.cmd"));
+        QCOMPARE(interface.projects().at(1)->commands()->title(), QStringLiteral("two.cmd"));
+        QCOMPARE(interface.projects().at(1)->statesCount(), 1);
+        QCOMPARE(interface.projects().at(1)->states(0)->text(), QStringLiteral("[Statedef 0]\n"));
+        QCOMPARE(interface.projects().at(1)->states(0)->document()->objectName(),
+                 QFileInfo(m_temp.filePath(QStringLiteral("common.cns"))).absoluteFilePath());
+    }
+
+    void anUnknownSuffixLeavesTheTabs()
+    {
+        QMainWindow window;
+        QInterface interface(&window);
+        interface.start(true);
+        QSignalSpy changed(&interface, &QInterface::projectsChanged);
+        handOver({file(QStringLiteral("readme.txt"), "x"), file(QStringLiteral("noext"), "x")});
+        interface.consumeHandOver();
+        QCOMPARE(interface.projects().size(), 1);
+        QVERIFY(interface.projects().first()->isBlank());
+        QCOMPARE(changed.count(), 0);
+    }
+
+    void theWatcherPicksUpLinesOfOtherInstances()
+    {
+        // The first instance holds the file open from its start on.
+        QHandOver own;
+        QVERIFY(own.openForFirstInstance());
+        QMainWindow window;
+        QInterface interface(&window);
+        interface.start(true);
+        QSignalSpy changed(&interface, &QInterface::projectsChanged);
+        handOver({file(QStringLiteral("later.air"), "[Begin Action 0]\r\n")});
+        QTRY_COMPARE(interface.projects().first()->animationText()->title(), QStringLiteral("later.air"));
+        QTRY_COMPARE(QFileInfo(QHandOver::path()).size(), 0);
+        QVERIFY(changed.count() >= 1);
+    }
+
+    void closingTheLastProjectLeavesABlankOne()
+    {
+        QMainWindow window;
+        QInterface interface(&window);
+        interface.start(false);
+        QPointer<QProject> modified = interface.projects().first();
+        modified->commands()->document()->setPlainText(QStringLiteral("x"));
+        {
+            QRecordingUserPrompt prompt; // answers No
+            interface.projTabsClosed(0);
+            QCOMPARE(interface.projects().first(), modified);
+        }
+        QRecordingUserPrompt prompt;
+        prompt.answer({true});
+        interface.projTabsClosed(0);
+        QCOMPARE(interface.projects().size(), 1);
+        QVERIFY(modified.isNull());
+        QVERIFY(interface.projects().first()->isBlank());
+        QCOMPARE(interface.currentProject(), interface.projects().first());
+        interface.projTabsClosed(5);
+        QCOMPARE(interface.projects().size(), 1);
+    }
+};
+
+QTEST_MAIN(tst_QInterface)
+#include "tst_qinterface.moc"

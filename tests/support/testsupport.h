@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+/** Helpers shared by the tests. */
+namespace TestSupport {
+
+/** The corpus of real files; empty when it isn't there (the tests then skip). */
+QString corpusDir();
+/** Every file under the corpus whose name matches one of `patterns` (wildcards, any case), sorted. */
+QStringList corpusFiles(const QStringList &patterns);
+/** The folder of the programs and their data. */
+QString binDir();
+/** The whole content of a file; empty if it can't be read. */
+QByteArray readFile(const QString &path);
+/** Writes a file, making its folder; false on failure. */
+bool writeFile(const QString &path, const QByteArray &bytes);
+
+} // namespace TestSupport
