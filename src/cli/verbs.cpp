@@ -26,11 +26,23 @@ bool readable(const QString &verb, const QString &path)
     return true;
 }
 
-const Format *supported(const QString &verb, const QString &path)
+/**
+ * The format of `path` if it has `handler`; otherwise says why not, with
+ * `missing` taking the path and the format's name.
+ */
+template <typename Handler>
+const Format *formatWith(const QString &verb, const QString &path, Handler Format::*handler,
+                         const char *missing)
 {
     const Format *format = formatFor(path);
-    if (!format)
+    if (!format) {
         error(verb, QStringLiteral("%1: this kind of file isn't supported").arg(path));
+        return nullptr;
+    }
+    if (!(format->*handler)) {
+        error(verb, QString::fromLatin1(missing).arg(path, format->name));
+        return nullptr;
+    }
     return format;
 }
 
@@ -39,13 +51,8 @@ int runInfo(const Command &command)
     const QString path = command.args.first();
     if (!readable(QStringLiteral("info"), path))
         return Failure;
-    const Format *format = supported(QStringLiteral("info"), path);
-    if (!format || !format->info) {
-        if (format)
-            error(QStringLiteral("info"), QStringLiteral("%1: no information for a %2").arg(path, format->name));
-        return UsageError;
-    }
-    return format->info(command, path);
+    const Format *format = formatWith(QStringLiteral("info"), path, &Format::info, "%1: no information for a %2");
+    return format ? format->info(command, path) : UsageError;
 }
 
 int runCheck(const Command &command)
@@ -57,11 +64,9 @@ int runCheck(const Command &command)
             failed = true;
             continue;
         }
-        const Format *format = formatFor(path);
-        if (!format || !format->check) {
-            error(QStringLiteral("check"), QStringLiteral("%1: this kind of file can't be checked").arg(path));
+        const Format *format = formatWith(QStringLiteral("check"), path, &Format::check, "%1: a %2 can't be checked");
+        if (!format)
             return UsageError;
-        }
         if (!format->check(command, path, diagnostics))
             failed = true;
     }
@@ -93,12 +98,9 @@ int runSave(const Command &command)
     const QString outPath = command.args.at(1);
     if (!readable(QStringLiteral("save"), in))
         return Failure;
-    const Format *format = supported(QStringLiteral("save"), in);
-    if (!format || !format->save) {
-        if (format)
-            error(QStringLiteral("save"), QStringLiteral("%1: a %2 can't be saved").arg(in, format->name));
+    const Format *format = formatWith(QStringLiteral("save"), in, &Format::save, "%1: a %2 can't be saved");
+    if (!format)
         return UsageError;
-    }
     for (const QString &flag : command.flags) {
         if (flag != QLatin1String("--json") && !format->saveFlags.contains(flag)) {
             error(QStringLiteral("save"), QStringLiteral("%1 doesn't apply to a %2").arg(flag, format->name));
