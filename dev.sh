@@ -6,6 +6,8 @@
 # Builds are incremental, in build/ (and build-asan/ for the sanitizer run).
 set -eu
 cd "$(dirname "$0")"
+# Let ccache serve compiles that use the precompiled headers.
+export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros,include_file_mtime,include_file_ctime}"
 
 PACKAGES="build-essential cmake pkg-config ninja-build ccache
   qt6-base-dev qt6-5compat-dev qt6-multimedia-dev libqt6opengl6-dev
@@ -71,10 +73,18 @@ test)
     sanitized=0
     ctest --test-dir build-asan -L core --output-on-failure -j "$(jobs)" || sanitized=1
     [ "$sanitized" -eq 0 ] || echo "*** The core tests failed under the sanitizers (see above) ***"
+    # Where clang is present, each libFuzzer target runs briefly over its seeds.
+    fuzzed=0
+    if command -v clang++ >/dev/null 2>&1; then
+        CXX=clang++ configure build-fuzz -DKESTRADA_BUILD_FUZZ=ON -DKESTRADA_BUILD_GUI=OFF -DKESTRADA_BUILD_BENCH=OFF
+        cmake --build build-fuzz --target fuzz-all
+        ctest --test-dir build-fuzz -L fuzz --output-on-failure -j "$(jobs)" || fuzzed=1
+        [ "$fuzzed" -eq 0 ] || echo "*** A fuzz target failed (see above) ***"
+    fi
     # Every test, last, so that the output ends with its summary.
     status=0
     ctest --test-dir build --output-on-failure -j "$(jobs)" || status=1
-    [ "$sanitized" -eq 0 ] && [ "$status" -eq 0 ]
+    [ "$sanitized" -eq 0 ] && [ "$fuzzed" -eq 0 ] && [ "$status" -eq 0 ]
     ;;
 *)
     echo "usage: $0 run [ARGS...] | test | build" >&2

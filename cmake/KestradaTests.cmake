@@ -16,16 +16,18 @@ function(kestrada_test_environment test)
 endfunction()
 
 # kestrada_add_test(<unit> LIBS <libs...> [SOURCES <extra...>] [LABELS <labels...>])
-# builds tst_<unit> from tst_<unit>.cpp in the calling folder.
+# builds tst_<unit> from tst_<unit>.cpp beside the list file that calls it.
 function(kestrada_add_test unit)
     cmake_parse_arguments(T "" "" "LIBS;SOURCES;LABELS" ${ARGN})
     set(target tst_${unit})
-    add_executable(${target} tst_${unit}.cpp ${T_SOURCES})
+    list(TRANSFORM T_SOURCES PREPEND "${CMAKE_CURRENT_LIST_DIR}/")
+    add_executable(${target} "${CMAKE_CURRENT_LIST_DIR}/tst_${unit}.cpp" ${T_SOURCES})
     target_link_libraries(${target} PRIVATE ${T_LIBS} Qt6::Test kestrada-testsupport)
-    target_compile_definitions(${target} PRIVATE
-        TEST_DATA_DIR="${KESTRADA_TEST_DATA_DIR}"
-        KESTRADA_CORPUS_DIR="${KESTRADA_CORPUS_DIR}"
-        KESTRADA_BIN_DIR="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+    if("kestrada-gui" IN_LIST T_LIBS)
+        target_precompile_headers(${target} REUSE_FROM kestrada-testsupport-gui)
+    else()
+        target_precompile_headers(${target} REUSE_FROM kestrada-testsupport)
+    endif()
     set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     add_test(NAME ${unit} COMMAND ${target})
     kestrada_test_environment(${unit})
