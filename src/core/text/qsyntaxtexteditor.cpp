@@ -2,6 +2,7 @@
 
 #include "../base/atomicfile.h"
 #include "../base/qcodepages.h"
+#include "qtextelements.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -18,11 +19,23 @@ int utf8Codepage()
     return codepageOfCodec(QTextCodec::codecForName("UTF-8"));
 }
 
+/**
+ * The text as the file holds it. toPlainText() would turn non-breaking
+ * spaces into plain ones, and a file opened and saved must not change.
+ */
+QString rawText(const QTextDocument *document)
+{
+    QString text = document->toRawText();
+    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    return text;
+}
+
 } // namespace
 
 QSyntaxTextEditor::QSyntaxTextEditor(QProjectOwner *project, QProjectFileType fileType,
                                      bool parseElements, quint32 version, bool checking)
-    : QProjectFile(project, fileType)
+    : QElementTextEditor(parseElements)
+    , QProjectFile(project, fileType)
     , m_parseElements(parseElements)
     , m_checking(checking)
     , m_version(version)
@@ -69,7 +82,7 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
 bool QSyntaxTextEditor::save(const QString &fileName, bool asUtf8, bool asCopy)
 {
     QTextCodec *codec = asUtf8 ? QTextCodec::codecForName("UTF-8") : codecForCodepage(m_codepage);
-    QString text = document()->toPlainText();
+    QString text = rawText(document());
     text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
     // IgnoreHeader: the engine reads no byte order mark, so none is written.
     const std::unique_ptr<QTextEncoder> encoder(codec->makeEncoder(QTextCodec::IgnoreHeader));
@@ -95,7 +108,7 @@ void QSyntaxTextEditor::clear()
 
 QString QSyntaxTextEditor::text() const
 {
-    return document()->toPlainText();
+    return rawText(document());
 }
 
 QString QSyntaxTextEditor::fileName() const
@@ -139,6 +152,12 @@ void QSyntaxTextEditor::check()
     // document without one has nothing to report.
     messages().begin();
     messages().end();
+}
+
+void QSyntaxTextEditor::processChanges(QList<QTextElementChange> &changes)
+{
+    linkGroups(changes);
+    QElementTextEditor::processChanges(changes);
 }
 
 QString QSyntaxTextEditor::discardQuestion() const

@@ -70,6 +70,8 @@ Q_SIGNALS:
 protected:
     /** The question asked before unsaved changes are dropped; empty to drop them silently. */
     virtual QString discardQuestion() const;
+    /** Keeps name comments and parameters bound to their headers, then tells listeners. */
+    void processChanges(QList<QTextElementChange> &changes) override;
 
 private:
     bool m_parseElements;

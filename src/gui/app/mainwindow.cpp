@@ -4,6 +4,7 @@
 
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
+#include "core/text/qcommand.h"
 
 #include <QEvent>
 #include <QMenuBar>
@@ -12,6 +13,9 @@ MainWindow::MainWindow(bool firstInstance, QWidget *parent)
     : QMainWindow(parent)
 {
     setupUi();
+    // The kinds of lines that text documents recognise, process-wide.
+    registerCommandElements();
+    registerNameCommentElements();
     mainInterface = new QInterface(this);
     mainInterface->start(firstInstance);
 }
@@ -22,6 +26,8 @@ MainWindow::~MainWindow()
     mainInterface = nullptr;
     if (configuration)
         configuration->save(settingsFileForWrite(QStringLiteral("config.xml")));
+    releaseCommandElements();
+    releaseNameCommentElements();
 }
 
 void MainWindow::setupUi()
