@@ -2,11 +2,13 @@
 
 #include "../base/atomicfile.h"
 #include "../base/qcodepages.h"
+#include "qsyntaxhierarchy.h"
 #include "qtextelements.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTextCodec>
 #include <QTextDocument>
 
@@ -47,9 +49,48 @@ QSyntaxTextEditor::QSyntaxTextEditor(QProjectOwner *project, QProjectFileType fi
     };
     connect(document(), &QTextDocument::modificationChanged, this, tell);
     connect(document(), &QTextDocument::contentsChanged, this, tell);
+    connect(document(), &QTextDocument::contentsChanged, this, &QSyntaxTextEditor::docChanged);
+    // Rebuilding the hierarchy reads the whole text: not at every key.
+    m_hierarchyTimer.setSingleShot(true);
+    m_hierarchyTimer.setInterval(1000);
+    connect(&m_hierarchyTimer, &QTimer::timeout, this, &QSyntaxTextEditor::updateHierarchy);
+    setLanguage(1);
 }
 
-QSyntaxTextEditor::~QSyntaxTextEditor() = default;
+QSyntaxTextEditor::~QSyntaxTextEditor()
+{
+    delete m_hierarchy;
+}
+
+void QSyntaxTextEditor::setLanguage(int language)
+{
+    if (m_hierarchy && language == m_language)
+        return;
+    m_language = language;
+    delete m_hierarchy;
+    // TODO: Lua text gets its own hierarchy with the Lua syntax.
+    m_hierarchy = language == 1 ? static_cast<QSyntaxHierarchy *>(new QMugenSyntaxHierarchy)
+                                : new QNullSyntaxHierarchy;
+}
+
+void QSyntaxTextEditor::docChanged()
+{
+    m_hierarchyTimer.start();
+}
+
+void QSyntaxTextEditor::updateHierarchy()
+{
+    m_hierarchyTimer.stop();
+    if (m_checking)
+        m_hierarchy->rebuild(text());
+    hierarchyChanged();
+    Q_EMIT hierarchyUpdated();
+    notifyOwner();
+}
+
+void QSyntaxTextEditor::hierarchyChanged()
+{
+}
 
 bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepName)
 {
@@ -62,6 +103,16 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
     // A byte order mark decides; otherwise the codepage the caller gives.
     QTextCodec *codec = QTextCodec::codecForUtfText(bytes, codecForCodepage(codepage));
     const QString text = codec->toUnicode(bytes);
+
+    // The language comes from the text, not from the file's name.
+    static const QRegularExpression engineText(QStringLiteral("^\\s*[;\\[]"));
+    static const QRegularExpression lua(QStringLiteral("\\bfunction\\b"));
+    if (engineText.match(text).hasMatch())
+        setLanguage(1);
+    else if (text.indexOf(lua) > 0)
+        setLanguage(2);
+    else
+        setLanguage(0);
 
     const QString title = document()->metaInformation(QTextDocument::DocumentTitle);
     const QString url = document()->metaInformation(QTextDocument::DocumentUrl);
@@ -76,6 +127,7 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
     }
     m_codepage = codepageOfCodec(codec);
     document()->setModified(false);
+    updateHierarchy();
     return true;
 }
 
@@ -104,6 +156,7 @@ void QSyntaxTextEditor::clear()
     document()->setMetaInformation(QTextDocument::DocumentUrl, QString());
     document()->setModified(false);
     m_codepage = utf8Codepage();
+    updateHierarchy();
 }
 
 QString QSyntaxTextEditor::text() const

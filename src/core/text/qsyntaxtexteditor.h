@@ -4,6 +4,9 @@
 #include "qelementtexteditor.h"
 
 #include <QString>
+#include <QTimer>
+
+class QSyntaxHierarchy;
 
 /**
  * A text document of a project: a state file, the commands, the animation
@@ -56,6 +59,14 @@ public:
     virtual void setVersion(quint32 version);
     bool parsesElements() const { return m_parseElements; }
     bool isChecking() const { return m_checking; }
+    void setChecking(bool checking) { m_checking = checking; }
+
+    /** The language of the text: 0 none, 1 engine text, 2 Lua. Decided from the text at load. */
+    int language() const { return m_language; }
+    /** Sets the language, and with it the hierarchy; rebuilds the hierarchy. */
+    void setLanguage(int language);
+    /** The section tree of the text, rebuilt a second after the last edit. Owned. */
+    QSyntaxHierarchy *hierarchy() const { return m_hierarchy; }
 
     bool checkSave(quint32 version) override;
     bool checkDiscard() override;
@@ -66,14 +77,27 @@ public:
 Q_SIGNALS:
     /** The modified state or the text changed. */
     void changed();
+    /** The hierarchy was rebuilt. */
+    void hierarchyUpdated();
+
+public Q_SLOTS:
+    /** Rebuilds the hierarchy now, when checking is on, then tells the subclass and the project. */
+    void updateHierarchy();
+    /** The text changed: the hierarchy follows a second after the last change. */
+    void docChanged();
 
 protected:
     /** The question asked before unsaved changes are dropped; empty to drop them silently. */
     virtual QString discardQuestion() const;
     /** Keeps name comments and parameters bound to their headers, then tells listeners. */
     void processChanges(QList<QTextElementChange> &changes) override;
+    /** Runs after every rebuild of the hierarchy; subclasses read what they need from it. */
+    virtual void hierarchyChanged();
 
 private:
+    QSyntaxHierarchy *m_hierarchy = nullptr;
+    QTimer m_hierarchyTimer;
+    int m_language = 0;
     bool m_parseElements;
     bool m_checking;
     quint32 m_version;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "qpool.h"
+
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -154,40 +156,6 @@ public:
     QVector<QSyntaxParen> parens;
 };
 
-/**
- * The pool of one element class: elements given back are kept and handed
- * out again, so that re-parsing thousands of lines allocates nothing. All
- * pooled elements are destroyed at program exit.
- */
+/** Elements come from pools, one per element class. */
 template <class T>
-class QTextElementPool
-{
-public:
-    static T *take()
-    {
-        QTextElementPool &pool = instance();
-        if (!pool.m_free.isEmpty())
-            return pool.m_free.takeLast();
-        T *element = new T;
-        pool.m_all.append(element);
-        return element;
-    }
-
-    static void give(T *element) { instance().m_free.append(element); }
-    /** Elements made so far, and those resting. For tests and statistics. */
-    static int allocated() { return int(instance().m_all.size()); }
-    static int resting() { return int(instance().m_free.size()); }
-
-private:
-    QTextElementPool() = default;
-    ~QTextElementPool() { qDeleteAll(m_all); }
-
-    static QTextElementPool &instance()
-    {
-        static QTextElementPool pool;
-        return pool;
-    }
-
-    QList<T *> m_all;
-    QList<T *> m_free;
-};
+using QTextElementPool = QPool<T>;
