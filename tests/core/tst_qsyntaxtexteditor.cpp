@@ -7,6 +7,8 @@
 #include <QTextDocument>
 #include <QtTest>
 
+#include <memory>
+
 using TestSupport::readFile;
 using TestSupport::writeFile;
 
@@ -65,8 +67,11 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("codec");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QByteArray>("saved");
-        QTest::newRow("shift-jis") << QByteArray("; \x97\xa7\x82\xbf\r\n") << QByteArray("Shift_JIS")
-                                   << QStringLiteral("; \u7acb\u3061\n") << QByteArray("; \x97\xa7\x82\xbf\r\n");
+        QByteArray sjis;
+        for (int i = 0; i < 20; ++i)
+            sjis += "; \x97\xa7\x82\xbf\x93\xae\x8d\xec\r\n";
+        QTest::newRow("shift-jis") << sjis << QByteArray("Shift_JIS")
+                                   << QStringLiteral("; \u7acb\u3061\u52d5\u4f5c\n").repeated(20) << sjis;
         QTest::newRow("latin-1") << QByteArray("; ca\xf1\xf3n\r\n") << QByteArray("ISO-8859-1")
                                  << QStringLiteral("; ca\u00f1\u00f3n\n") << QByteArray("; ca\xf1\xf3n\r\n");
         // The mark decides over the codepage given, and isn't written back.
@@ -88,6 +93,87 @@ private Q_SLOTS:
         QCOMPARE(readFile(path("out.txt")), saved);
         QVERIFY(!document.isModified());
         QCOMPARE(document.title(), QStringLiteral("out.txt"));
+    }
+
+    void detectionChoosesTheEncoding_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArray>("codec");
+        QTest::addColumn<QString>("start");
+        // Long enough for detection to be sure.
+        QByteArray sjis;
+        for (int i = 0; i < 20; ++i)
+            sjis += "; \x97\xa7\x82\xbf\x93\xae\x8d\xec\x82\xcc\x83\x41\x83\x6a\x83\x81\r\n";
+        QTest::newRow("shift-jis") << sjis << QByteArray("Shift_JIS") << QStringLiteral("; \u7acb\u3061\u52d5\u4f5c");
+        QTest::newRow("utf-8") << QByteArray("; \xc3\xa9t\xc3\xa9 \xe2\x82\xac\r\n") << QByteArray("UTF-8")
+                               << QStringLiteral("; \u00e9t\u00e9 \u20ac");
+        QTest::newRow("utf-8 with mark") << QByteArray("\xef\xbb\xbf; x\r\n") << QByteArray("UTF-8") << QStringLiteral("; x");
+        // Not valid UTF-8 nor Shift-JIS: a single-byte codec that gives every byte back.
+        QTest::newRow("broken double byte") << QByteArray("; \x82\x20\x97\xa7\x82\r\n") << QByteArray()
+                                            << QStringLiteral("; ");
+    }
+
+    void detectionChoosesTheEncoding()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QByteArray, codec);
+        QFETCH(QString, start);
+        int actual = -1;
+        const QString text = QSyntaxTextEditor::decode(bytes, 0, &actual);
+        QVERIFY2(text.startsWith(start), qPrintable(text));
+        if (!codec.isEmpty())
+            QCOMPARE(actual, codepageOf(codec.constData()));
+        // Whatever was chosen gives the same bytes back.
+        QVERIFY(actual >= 0);
+        QTextCodec *used = codecForCodepage(actual);
+        QByteArray expected = bytes;
+        if (expected.startsWith("\xef\xbb\xbf"))
+            expected.remove(0, 3);
+        QCOMPARE(std::unique_ptr<QTextEncoder>(used->makeEncoder(QTextCodec::IgnoreHeader))->fromUnicode(text), expected);
+    }
+
+    void asciiTakesTheDefaultCodepage()
+    {
+        int actual = -1;
+        QSyntaxTextEditor::decode("[Statedef 0]\r\n", codepageOf("ISO-8859-1"), &actual);
+        QCOMPARE(actual, codepageOf("ISO-8859-1"));
+    }
+
+    void corpusTextSavesBackUnchanged_data()
+    {
+        QTest::addColumn<QString>("file");
+        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.cns"), QStringLiteral("*.st"),
+                                                           QStringLiteral("*.cmd"), QStringLiteral("*.air"),
+                                                           QStringLiteral("*.def")});
+        if (files.isEmpty())
+            QSKIP("the corpus isn't there");
+        for (const QString &file : files)
+            QTest::newRow(qPrintable(file.mid(TestSupport::corpusDir().size() + 1))) << file;
+    }
+
+    void corpusTextSavesBackUnchanged()
+    {
+        QFETCH(QString, file);
+        QSyntaxTextEditor document(nullptr, FileStates, false, 0x1010000, true);
+        QVERIFY(document.load(file, 0, false));
+        QVERIFY(document.save(path("saved.txt"), false, true));
+        QByteArray expected = readFile(file);
+        if (expected.startsWith("\xef\xbb\xbf"))
+            expected.remove(0, 3);
+        expected.replace("\r\n", "\n").replace('\r', '\n').replace("\n", "\r\n");
+        QCOMPARE(readFile(path("saved.txt")), expected);
+    }
+
+    void japaneseFilesReadAsJapanese()
+    {
+        const QString file = TestSupport::corpusDir() + QStringLiteral("/webmugen/public/chars/kfm/kfm.cmd");
+        if (!QFileInfo::exists(file))
+            QSKIP("the corpus isn't there");
+        QSyntaxTextEditor document(nullptr, FileCommands, true, 0x1010000, true);
+        QVERIFY(document.load(file, 0, false));
+        QCOMPARE(document.codepage(), codepageOf("Shift_JIS"));
+        // "Kung Fu Man" in katakana stands in its first lines.
+        QVERIFY(document.text().contains(QStringLiteral("\u30ab\u30f3\u30d5\u30fc\u30de\u30f3")));
     }
 
     void utf8SaveHasNoMark()

@@ -14,6 +14,8 @@
 
 #include <memory>
 
+#include <uchardet.h>
+
 namespace {
 
 int utf8Codepage()
@@ -32,7 +34,63 @@ QString rawText(const QTextDocument *document)
     return text;
 }
 
+/** The charset that detection names for `bytes`, upper case, or empty. */
+QByteArray detectCharset(const QByteArray &bytes)
+{
+    uchardet_t detector = uchardet_new();
+    uchardet_handle_data(detector, bytes.constData(), size_t(bytes.size()));
+    uchardet_data_end(detector);
+    const QByteArray charset = uchardet_get_charset(detector);
+    uchardet_delete(detector);
+    return charset;
+}
+
+/** Whether `codec` reads `bytes` into text that it writes back to the same bytes. */
+bool readsLosslessly(QTextCodec *codec, const QByteArray &bytes, QString &text)
+{
+    QTextCodec::ConverterState state;
+    text = codec->toUnicode(bytes.constData(), int(bytes.size()), &state);
+    if (state.invalidChars > 0)
+        return false;
+    const std::unique_ptr<QTextEncoder> encoder(codec->makeEncoder(QTextCodec::IgnoreHeader));
+    QByteArray back = encoder->fromUnicode(text);
+    // A mark at the start is read and not written: compare without it.
+    QByteArray original = bytes;
+    if (codec->mibEnum() == 106 && original.startsWith("\xef\xbb\xbf"))
+        original.remove(0, 3);
+    return back == original;
+}
+
 } // namespace
+
+QString QSyntaxTextEditor::decode(const QByteArray &bytes, int codepage, int *actual)
+{
+    QList<QTextCodec *> candidates;
+    if (QTextCodec *marked = QTextCodec::codecForUtfText(bytes, nullptr))
+        candidates.append(marked);
+    const QByteArray charset = detectCharset(bytes);
+    // Plain ASCII says nothing of the characters a user may add later.
+    if (!charset.isEmpty() && charset != "ASCII") {
+        if (QTextCodec *detected = QTextCodec::codecForName(charset))
+            candidates.append(detected);
+    }
+    candidates.append(codecForCodepage(codepage));
+    candidates.append(QTextCodec::codecForName("windows-1252"));
+    candidates.append(QTextCodec::codecForName("ISO-8859-1"));
+
+    QString text;
+    for (QTextCodec *codec : std::as_const(candidates)) {
+        if (codec && readsLosslessly(codec, bytes, text)) {
+            if (actual)
+                *actual = codepageOfCodec(codec);
+            return text;
+        }
+    }
+    // Latin-1 reads every byte: this isn't reached.
+    if (actual)
+        *actual = 0;
+    return QString::fromLatin1(bytes);
+}
 
 QSyntaxTextEditor::QSyntaxTextEditor(QProjectOwner *project, QProjectFileType fileType,
                                      bool parseElements, quint32 version, bool checking)
@@ -100,9 +158,8 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
     const QByteArray bytes = file.readAll();
     file.close();
 
-    // A byte order mark decides; otherwise the codepage the caller gives.
-    QTextCodec *codec = QTextCodec::codecForUtfText(bytes, codecForCodepage(codepage));
-    const QString text = codec->toUnicode(bytes);
+    int actual = 0;
+    const QString text = decode(bytes, codepage, &actual);
 
     // The language comes from the text, not from the file's name.
     static const QRegularExpression engineText(QStringLiteral("^\\s*[;\\[]"));
@@ -125,7 +182,7 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
         document()->setMetaInformation(QTextDocument::DocumentTitle, info.fileName());
         document()->setMetaInformation(QTextDocument::DocumentUrl, info.absoluteFilePath());
     }
-    m_codepage = codepageOfCodec(codec);
+    m_codepage = actual;
     document()->setModified(false);
     updateHierarchy();
     return true;

@@ -42,6 +42,16 @@ public:
      * write is atomic; false leaves the earlier file untouched.
      */
     bool save(const QString &fileName, bool asUtf8, bool asCopy);
+    /**
+     * Decodes the bytes of a text file. A byte order mark decides; then the
+     * encoding that detection names; then the codec of `codepage` (0 for the
+     * system's). An encoding is only taken when it gives the same bytes back
+     * on saving, so a file opened and saved never changes: a file that no
+     * other encoding reads losslessly is read as Latin-1. `actual` receives
+     * the codepage number of the codec used.
+     */
+    static QString decode(const QByteArray &bytes, int codepage, int *actual = nullptr);
+
     /** Empties the document, forgets its name and goes back to UTF-8. */
     virtual void clear();
 
