@@ -3,10 +3,27 @@
 #include "qsyntaxtexteditor.h"
 
 #include <QSize>
+#include <QStringList>
+
+/** The files a DEF names, as `QDefinitions::files()` reads them. Paths use "/". */
+struct QDefinitionsFiles
+{
+    /** The `pal` keys of [Files], in text order: the place is the palette's number, from 1. */
+    QStringList palettes;
+    /** The `cns` and `st...` keys of [Files], each file once. */
+    QStringList states;
+    /** The folder of the DEF, absolute. */
+    QString directory;
+    QString sprites;
+    QString animations;
+    QString sounds;
+    QString commands;
+};
 
 /**
  * The DEF file of a project: from its sections it decides the project's
- * kind, the engine version it targets and its coordinate space.
+ * kind (character, stage, storyboard or font), the engine version it
+ * targets and its coordinate space, and it names the other files.
  */
 class QDefinitions : public QSyntaxTextEditor
 {
@@ -22,20 +39,35 @@ public:
     QString directory() const { return m_directory; }
     /** The project's coordinate space, width and height. */
     QSize localcoord() const { return m_localcoord; }
+    /** The project's name, from [Info] or given to a new project. */
+    QString name() const;
+    void setName(const QString &name);
+
+    /**
+     * The files the DEF names, read from the whole text in one pass of the
+     * tokenizer (it works before any highlighting ran). Also takes the name
+     * from [Info].
+     */
+    QDefinitionsFiles files();
 
     bool load(const QString &fileName, int codepage, bool keepName) override;
     void clear() override;
-    void setVersion(quint32 version) override;
 
 Q_SIGNALS:
     void typeChanged();
     void versionChanged();
+    void nameChanged(const QString &name);
 
 protected:
     QString discardQuestion() const override;
+    /** Reads kind, engine version and coordinates from the sections. */
+    void hierarchyChanged() override;
 
 private:
     int m_type = Character;
     QSize m_localcoord = QSize(320, 240);
     QString m_directory;
 };
+
+/** Packs "1.1" or "1.0.2.5" into one byte a part, highest first; 0 when it isn't such a version. */
+quint32 packEngineVersion(const QString &text);
