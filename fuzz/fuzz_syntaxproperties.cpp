@@ -1,0 +1,44 @@
+// The vocabulary file lies beside the program, where a user may edit it:
+// whatever it holds, a load ends with a description every processor can use.
+
+#include "core/text/qmugensyntaxproperties.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTemporaryFile>
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    static int argc = 1;
+    static char name[] = "fuzz_syntaxproperties";
+    static char *argv[] = {name, nullptr};
+    static QCoreApplication application(argc, argv);
+
+    QTemporaryFile file;
+    if (!file.open())
+        return 0;
+    file.write(reinterpret_cast<const char *>(data), qint64(size));
+    file.close();
+
+    QMugenSyntaxProperties properties;
+    properties.load(file.fileName());
+    // A second read over the first must not leak or leave stale controllers.
+    properties.load(file.fileName());
+    for (const QList<QSyntaxController *> *list :
+         {&properties.stateControllers(), &properties.bgControllers(), &properties.bgControls(),
+          &properties.fontDefs()}) {
+        for (const QSyntaxController *controller : *list) {
+            if (!controller)
+                __builtin_trap();
+            for (const QSyntaxParam &param : controller->params) {
+                if (param.type < 0 || param.type > QSyntaxParam::Unknown)
+                    __builtin_trap();
+            }
+        }
+    }
+    (void)properties.completionNames();
+    return 0;
+}
