@@ -3,6 +3,8 @@
 #include <QDomDocument>
 #include <QSet>
 
+#include <algorithm>
+
 namespace {
 
 // The tags of the section maps, in the order of QMugenSyntaxProperties::Section.

@@ -14,7 +14,7 @@ struct QSyntaxParam
     /**
      * The value grammars, numbered as the `type` attribute's names in this
      * order: "int" is 0, "opStr" 30, "const" 32. 0 to 24 describe
-     * parameter values, 10 to 13 and 24 to 32 trigger arguments.
+     * parameter values; 10, 11, 13 and 24 to 32 trigger arguments.
      */
     enum Type {
         Int, Int2, Int3, IntN, IntFloat3, IntFloat3Opt,
@@ -107,7 +107,10 @@ public:
     static bool typeUsesPattern(int type);
     /** Reads the attributes of a `<param>`, `<trigger>` or section element. */
     static QSyntaxParam readParam(const QDomElement &element);
-    /** Reads the version attributes and the `<param>` children of a controller element. */
+    /**
+     * Reads the version attributes and the `<param>` children of a controller
+     * element; other children are skipped. The caller owns the result.
+     */
     static QSyntaxController *readController(const QDomElement &element);
 
 protected:
