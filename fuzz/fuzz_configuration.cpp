@@ -4,25 +4,13 @@
 
 #include "core/base/qmugenmodel.h"
 
-#include <QCoreApplication>
-#include <QFile>
-#include <QTemporaryFile>
-
-#include <cstddef>
-#include <cstdint>
+#include "fuzzinput.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    static int argc = 1;
-    static char name[] = "fuzz_configuration";
-    static char *argv[] = {name, nullptr};
-    static QCoreApplication application(argc, argv);
-
     QTemporaryFile file;
-    if (!file.open())
+    if (!writeFuzzInput(file, data, size))
         return 0;
-    file.write(reinterpret_cast<const char *>(data), qint64(size));
-    file.close();
 
     QMugenModel model;
     model.load(file.fileName());

@@ -6,3 +6,7 @@ kestrada_add_core_test(qsyntaxtexteditor)
 kestrada_add_core_test(qtexttokenizer)
 kestrada_add_core_test(qelementtexteditor)
 kestrada_add_core_test(qsyntaxhierarchy)
+kestrada_add_core_test(qmugensyntaxproperties)
+kestrada_add_core_test(syntaxmugen)
+# It compares data/ with the copy the programs read beside them.
+add_dependencies(tst_syntaxmugen kestrada-data)

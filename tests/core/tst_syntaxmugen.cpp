@@ -1,0 +1,709 @@
+// The vocabulary file data/syntax_mugen.xml, against lists compiled from the
+// engine's own documents (sctrls.html, trigger.html, bgs.html, cns.html and the
+// change lists of 2002.04.14, 1.0 and 1.1) and against the engine's sample files.
+
+#include "core/text/qmugensyntaxproperties.h"
+#include "testsupport.h"
+
+#include <QDir>
+#include <QDomDocument>
+#include <QRegExp>
+#include <QRegularExpression>
+#include <QtTest>
+
+using TestSupport::readFile;
+
+namespace {
+
+constexpr quint32 V10 = 0x1000000;
+constexpr quint32 V11 = 0x1010000;
+
+QString sourceFile()
+{
+    // TEST_DATA_DIR is tests/data of the source tree; the file lives in data/.
+    return QDir::cleanPath(QStringLiteral(TEST_DATA_DIR "/../../data/syntax_mugen.xml"));
+}
+
+// Every place of the file that holds a parameter, with a name to report it by.
+struct NamedParam
+{
+    QString where;
+    QSyntaxParam param;
+};
+
+QList<NamedParam> allParams(const QMugenSyntaxProperties &p)
+{
+    QList<NamedParam> all;
+    const QList<QPair<const char *, const QList<QSyntaxController *> *>> lists = {
+        {"state_controller", &p.stateControllers()}, {"bg_controller", &p.bgControllers()},
+        {"bg_control", &p.bgControls()}, {"fnt_def", &p.fontDefs()}};
+    for (const auto &list : lists) {
+        for (const QSyntaxController *c : *list.second) {
+            for (auto it = c->params.cbegin(); it != c->params.cend(); ++it)
+                all.append({QStringLiteral("%1 %2: %3").arg(QLatin1String(list.first), c->name, it.key()), it.value()});
+        }
+    }
+    for (int s = 0; s < QMugenSyntaxProperties::SectionCount; ++s) {
+        const auto section = QMugenSyntaxProperties::Section(s);
+        const auto &keys = p.section(section);
+        for (auto it = keys.cbegin(); it != keys.cend(); ++it)
+            all.append({QMugenSyntaxProperties::sectionTag(section) + QStringLiteral(": ") + it.key(), it.value()});
+    }
+    for (auto it = p.triggers().cbegin(); it != p.triggers().cend(); ++it)
+        all.append({QStringLiteral("trigger: ") + it.key(), it.value()});
+    return all;
+}
+
+// Finds the description of a key as the checker does: plain names without
+// regard to case, `name(...)` keys by their name, pattern keys by pattern.
+const QSyntaxParam *findKey(const QMap<QString, QSyntaxParam> &keys, const QString &key)
+{
+    const int paren = key.indexOf(QLatin1Char('('));
+    const QString name = (paren < 0 ? key : key.left(paren)).trimmed();
+    for (auto it = keys.cbegin(); it != keys.cend(); ++it) {
+        const QSyntaxParam &p = it.value();
+        if (p.format == QSyntaxParam::RegExp) {
+            if (QRegExp(p.extra, Qt::CaseInsensitive).exactMatch(key))
+                return &p;
+        } else if (it.key().compare(name, Qt::CaseInsensitive) == 0
+                   && (p.format == QSyntaxParam::IdExp) == (paren >= 0)) {
+            return &p;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class tst_SyntaxMugen : public QObject
+{
+    Q_OBJECT
+
+private:
+    QMugenSyntaxProperties m_properties;
+
+    // A line-level reading of an engine file: sections, `type =` lines and
+    // keys, with the value patterns of word-valued keys and the names inside
+    // Const(), GetHitVar() and StageVar(). Expressions are not parsed.
+    QStringList problemsOf(const QString &path, quint32 version) const
+    {
+        QStringList problems;
+        QString text = QString::fromUtf8(readFile(path));
+        if (text.startsWith(QChar(0xfeff)))
+            text.remove(0, 1);
+        const QStringList lines = text.split(QLatin1Char('\n'));
+
+        enum class Mode { Skip, Keys, AwaitType, Controller };
+        Mode mode = Mode::Skip;
+        const QMap<QString, QSyntaxParam> *keys = nullptr;
+        const QList<QSyntaxController *> *types = nullptr;
+        const QSyntaxController *controller = nullptr;
+        bool stateBlock = false;
+
+        const QRegExp language(QStringLiteral("[a-z]{2}\\.(.+)"));
+        const QRegExp triggerKey(QStringLiteral("trigger(all|\\d+)|persistent|ignorehitpause"));
+        const QRegExp constCall(QStringLiteral("(const|gethitvar|stagevar)\\s*\\(\\s*([a-z0-9_.]*)\\s*\\)"));
+        const QRegExp call(QStringLiteral("([a-z][a-z0-9_]*)\\s*\\("));
+        const QStringList redirections = {QStringLiteral("helper"), QStringLiteral("target"), QStringLiteral("enemy"),
+                                          QStringLiteral("enemynear"), QStringLiteral("playerid")};
+
+        for (int number = 0; number < lines.size(); ++number) {
+            QString line = lines.at(number);
+            bool quoted = false;
+            for (int i = 0; i < line.size(); ++i) {
+                if (line.at(i) == QLatin1Char('"'))
+                    quoted = !quoted;
+                else if (line.at(i) == QLatin1Char(';') && !quoted) {
+                    line.truncate(i);
+                    break;
+                }
+            }
+            line = line.trimmed();
+            if (line.isEmpty())
+                continue;
+            const QString where = QStringLiteral("%1:%2: ").arg(QFileInfo(path).fileName()).arg(number + 1);
+
+            if (line.startsWith(QLatin1Char('['))) {
+                QString word = line.mid(1).section(QRegularExpression(QStringLiteral("[\\s\\]]")), 0, 0).toLower();
+                if (language.exactMatch(word))
+                    word = language.cap(1);
+                const QString rest = line.mid(1 + word.size()).toLower();
+                mode = Mode::Skip;
+                controller = nullptr;
+                stateBlock = word == QLatin1String("state");
+                types = stateBlock ? &m_properties.stateControllers()
+                        : word == QLatin1String("bg") ? &m_properties.bgControllers()
+                        : word == QLatin1String("bgctrl") ? &m_properties.bgControls()
+                        : word == QLatin1String("def") ? &m_properties.fontDefs() : nullptr;
+                if (types) {
+                    mode = Mode::AwaitType;
+                    continue;
+                }
+                QString tag = word == QLatin1String("bgctrldef") ? QStringLiteral("bg_control_def")
+                              : word == QLatin1String("scenedef")  ? QStringLiteral("scene_def")
+                              : word == QLatin1String("fnt") && rest.contains(QLatin1String("v2")) ? QStringLiteral("fnt")
+                                                                                                  : word;
+                for (int s = 0; s < QMugenSyntaxProperties::SectionCount; ++s) {
+                    const auto section = QMugenSyntaxProperties::Section(s);
+                    if (QMugenSyntaxProperties::sectionTag(section) == tag) {
+                        keys = &m_properties.section(section);
+                        mode = Mode::Keys;
+                    }
+                }
+                continue;
+            }
+
+            const int equals = line.indexOf(QLatin1Char('='));
+            if (equals <= 0 || mode == Mode::Skip)
+                continue;
+            const QString key = line.left(equals).trimmed();
+            const QString value = line.mid(equals + 1).trimmed();
+            const QString lowerKey = key.toLower();
+
+            if (stateBlock && triggerKey.exactMatch(lowerKey)) {
+                const QString expression = value.toLower();
+                for (int at = 0; (at = constCall.indexIn(expression, at)) >= 0; at += constCall.matchedLength()) {
+                    if (!m_properties.consts().value(constCall.cap(1)).contains(constCall.cap(2)))
+                        problems << where + QStringLiteral("unknown name in ") + constCall.cap(0);
+                }
+                for (int at = 0; (at = call.indexIn(expression, at)) >= 0; at += call.matchedLength()) {
+                    const QString name = call.cap(1);
+                    bool known = redirections.contains(name);
+                    for (auto it = m_properties.triggers().cbegin(); !known && it != m_properties.triggers().cend(); ++it)
+                        known = it.key().compare(name, Qt::CaseInsensitive) == 0;
+                    if (!known)
+                        problems << where + QStringLiteral("unknown trigger ") + name;
+                }
+                continue;
+            }
+            if (mode == Mode::AwaitType) {
+                if (lowerKey != QLatin1String("type"))
+                    continue;
+                const int index = QMugenSyntaxProperties::indexOf(*types, value);
+                if (index < 0) {
+                    problems << where + QStringLiteral("unknown type ") + value;
+                    mode = Mode::Skip;
+                    continue;
+                }
+                controller = types->at(index);
+                if (controller->minVersion > version)
+                    problems << where + value + QStringLiteral(" is newer than the file");
+                mode = Mode::Controller;
+                continue;
+            }
+            if (mode == Mode::Controller && controller->name.compare(QLatin1String("null"), Qt::CaseInsensitive) == 0)
+                continue;
+
+            const QMap<QString, QSyntaxParam> &known = mode == Mode::Controller ? controller->params : *keys;
+            const QSyntaxParam *param = findKey(known, key);
+            if (!param) {
+                problems << where + QStringLiteral("unknown key ") + key;
+                continue;
+            }
+            if (param->minVersion > version)
+                problems << where + key + QStringLiteral(" is newer than the file");
+            if (param->type == QSyntaxParam::Value && !QRegExp(param->extra).exactMatch(value.toLower()))
+                problems << where + QStringLiteral("value of %1 not taken: %2").arg(key, value);
+        }
+        return problems;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(QFileInfo::exists(sourceFile()), qPrintable(sourceFile()));
+        QVERIFY(m_properties.load(sourceFile()));
+    }
+
+    void isWellFormedAndShipped()
+    {
+        const QByteArray bytes = readFile(sourceFile());
+        QDomDocument document;
+        QString message;
+        int line = 0;
+        int column = 0;
+        QVERIFY2(document.setContent(bytes, &message, &line, &column),
+                 qPrintable(QStringLiteral("%1 at %2:%3").arg(message).arg(line).arg(column)));
+        QCOMPARE(document.doctype().name(), QStringLiteral("ZNLSyntaxML"));
+        QCOMPARE(document.documentElement().tagName(), QStringLiteral("syntax"));
+
+        // The programs read the copy beside them: it must be this file.
+        const QString shipped = TestSupport::binDir() + QStringLiteral("/syntax_mugen.xml");
+        if (QFileInfo::exists(shipped))
+            QVERIFY2(readFile(shipped) == bytes, "the build copy differs from data/syntax_mugen.xml");
+    }
+
+    void everyAttributeIsKnown()
+    {
+        QDomDocument document;
+        QVERIFY(document.setContent(readFile(sourceFile())));
+        const QStringList controllerTags = {QStringLiteral("state_controller"), QStringLiteral("bg_controller"),
+                                            QStringLiteral("bg_control"), QStringLiteral("fnt_def")};
+        QStringList keyTags = {QStringLiteral("trigger")};
+        for (int s = 0; s < QMugenSyntaxProperties::SectionCount; ++s)
+            keyTags << QMugenSyntaxProperties::sectionTag(QMugenSyntaxProperties::Section(s));
+        const QStringList attributes = {QStringLiteral("name"), QStringLiteral("type"), QStringLiteral("minver"),
+                                        QStringLiteral("deprecated"), QStringLiteral("format"), QStringLiteral("max"),
+                                        QStringLiteral("reg_exp"), QStringLiteral("fmt_reg_exp")};
+        const QStringList deprecations = {QStringLiteral("1.0"), QStringLiteral("1.1"), QStringLiteral("2002.04.14")};
+
+        QStringList problems;
+        auto checkKey = [&](const QDomElement &e, const QString &where) {
+            const QDomNamedNodeMap map = e.attributes();
+            for (int i = 0; i < map.count(); ++i) {
+                if (!attributes.contains(map.item(i).nodeName()))
+                    problems << where + QStringLiteral(": attribute ") + map.item(i).nodeName();
+            }
+            if (e.hasAttribute(QStringLiteral("type"))) {
+                if (QSyntaxProperties::typeFromName(e.attribute(QStringLiteral("type"))) == QSyntaxParam::Unknown)
+                    problems << where + QStringLiteral(": type ") + e.attribute(QStringLiteral("type"));
+            } else if (e.attribute(QStringLiteral("format")) != QLatin1String("regexp") || e.tagName() == QLatin1String("trigger")) {
+                // Only a pattern key, which has no room for a value pattern, goes without a type.
+                problems << where + QStringLiteral(": no type");
+            }
+            if (e.hasAttribute(QStringLiteral("minver")) && !QSyntaxProperties::packVersion(e.attribute(QStringLiteral("minver"))))
+                problems << where + QStringLiteral(": minver ") + e.attribute(QStringLiteral("minver"));
+            if (e.hasAttribute(QStringLiteral("deprecated")) && !deprecations.contains(e.attribute(QStringLiteral("deprecated"))))
+                problems << where + QStringLiteral(": deprecated ") + e.attribute(QStringLiteral("deprecated"));
+        };
+
+        for (QDomElement e = document.documentElement().firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
+            const QString where = e.tagName() + QLatin1Char(' ') + e.attribute(QStringLiteral("name"));
+            if (controllerTags.contains(e.tagName())) {
+                const QDomNamedNodeMap map = e.attributes();
+                for (int i = 0; i < map.count(); ++i) {
+                    const QString attribute = map.item(i).nodeName();
+                    if (attribute != QLatin1String("name") && attribute != QLatin1String("minver")
+                        && attribute != QLatin1String("deprecated"))
+                        problems << where + QStringLiteral(": attribute ") + attribute;
+                }
+                for (QDomElement p = e.firstChildElement(); !p.isNull(); p = p.nextSiblingElement()) {
+                    if (p.tagName() != QLatin1String("param"))
+                        problems << where + QStringLiteral(": child ") + p.tagName();
+                    else
+                        checkKey(p, where + QLatin1Char('.') + p.attribute(QStringLiteral("name")));
+                }
+            } else if (keyTags.contains(e.tagName())) {
+                checkKey(e, where);
+            } else if (e.tagName() != QLatin1String("consts")) {
+                problems << where + QStringLiteral(": unknown element");
+            }
+        }
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
+    }
+
+    void everyPatternCompilesInLowerCase()
+    {
+        QStringList problems;
+        for (const NamedParam &n : allParams(m_properties)) {
+            const QSyntaxParam &p = n.param;
+            if (p.format == QSyntaxParam::RegExp) {
+                // A key pattern takes the place of any value pattern or count.
+                const QRegExp key(p.extra, Qt::CaseInsensitive);
+                if (!key.isValid())
+                    problems << n.where + QStringLiteral(": key pattern: ") + key.errorString();
+                else if (!key.exactMatch(n.where.section(QStringLiteral(": "), -1)))
+                    problems << n.where + QStringLiteral(": the name is not one its pattern takes");
+                if (QSyntaxProperties::typeUsesPattern(p.type) || p.type == QSyntaxParam::IntN)
+                    problems << n.where + QStringLiteral(": its grammar needs the place of the key pattern");
+            } else if (QSyntaxProperties::typeUsesPattern(p.type)) {
+                const QRegExp value(p.extra);
+                if (p.extra.isEmpty() || !value.isValid())
+                    problems << n.where + QStringLiteral(": value pattern: ") + value.errorString();
+                // Values are lower-cased before they are matched.
+                if (p.extra != p.extra.toLower())
+                    problems << n.where + QStringLiteral(": upper case in ") + p.extra;
+            } else if (p.type == QSyntaxParam::IntN && p.extra.toInt() < 1) {
+                problems << n.where + QStringLiteral(": max ") + p.extra;
+            }
+        }
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
+    }
+
+    void stateControllers_data()
+    {
+        QTest::addColumn<quint32>("minver");
+        QTest::addColumn<QString>("deprecated");
+        // sctrls.html of 1.1; RemapPal and VictoryQuote came with 1.0, 1.1 added none.
+        const char *const always[] = {
+            "AfterImage", "AfterImageTime", "AllPalFX", "AngleAdd", "AngleDraw", "AngleMul", "AngleSet",
+            "AppendToClipboard", "AssertSpecial", "AttackDist", "AttackMulSet", "BGPalFX", "BindToParent",
+            "BindToRoot", "BindToTarget", "ChangeAnim", "ChangeAnim2", "ChangeState", "ClearClipboard",
+            "CtrlSet", "DefenceMulSet", "DestroySelf", "DisplayToClipboard", "EnvColor", "EnvShake",
+            "Explod", "ExplodBindTime", "ForceFeedback", "FallEnvShake", "Gravity", "Helper", "HitAdd",
+            "HitBy", "HitDef", "HitFallDamage", "HitFallSet", "HitFallVel", "HitOverride", "LifeAdd",
+            "LifeSet", "ModifyExplod", "MoveHitReset", "NotHitBy", "Null", "Offset", "PalFX",
+            "ParentVarAdd", "ParentVarSet", "Pause", "PlayerPush", "PlaySnd", "PosAdd", "PosFreeze",
+            "PosSet", "PowerAdd", "PowerSet", "Projectile", "RemoveExplod", "ReversalDef", "ScreenBound",
+            "SelfState", "SprPriority", "StateTypeSet", "SndPan", "StopSnd", "SuperPause", "TargetBind",
+            "TargetDrop", "TargetFacing", "TargetLifeAdd", "TargetPowerAdd", "TargetState", "TargetVelAdd",
+            "TargetVelSet", "Trans", "Turn", "VarAdd", "VarRandom", "VarRangeSet", "VarSet", "VelAdd",
+            "VelMul", "VelSet", "Width",
+        };
+        for (const char *name : always)
+            QTest::newRow(name) << 0u << QString();
+        QTest::newRow("RemapPal") << V10 << QString();
+        QTest::newRow("VictoryQuote") << V10 << QString();
+        // "Obsolete" in the 2002 documents already; MakeDust since 1.0.
+        QTest::newRow("GameMakeAnim") << 0u << QStringLiteral("2002.04.14");
+        QTest::newRow("HitVelSet") << 0u << QStringLiteral("2002.04.14");
+        QTest::newRow("MakeDust") << 0u << QStringLiteral("1.0");
+    }
+
+    void stateControllers()
+    {
+        QFETCH(quint32, minver);
+        QFETCH(QString, deprecated);
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        const int index = QMugenSyntaxProperties::indexOf(m_properties.stateControllers(), name);
+        QVERIFY2(index >= 0, qPrintable(name));
+        const QSyntaxController *c = m_properties.stateControllers().at(index);
+        // Spelled as the documents spell it.
+        QCOMPARE(c->name, name);
+        QCOMPARE(c->minVersion, minver);
+        QCOMPARE(c->deprecatedText, deprecated);
+    }
+
+    void noStateControllerBeyondTheDocuments()
+    {
+        // 89 in the documents of 1.1, each once.
+        QCOMPARE(m_properties.stateControllers().size(), 89);
+        QStringList names;
+        for (const QSyntaxController *c : m_properties.stateControllers())
+            names << c->name.toLower();
+        names.removeDuplicates();
+        QCOMPARE(names.size(), 89);
+    }
+
+    void parametersThatChangedWithVersions_data()
+    {
+        QTest::addColumn<QString>("controller");
+        QTest::addColumn<QString>("param");
+        QTest::addColumn<quint32>("minver");
+        QTest::addColumn<QString>("deprecated");
+        // The parameters that differ between sctrls.html of 2002, 1.0 and 1.1.
+        QTest::newRow("HitDef forcenofall") << "HitDef" << "forcenofall" << V10 << QString();
+        QTest::newRow("Projectile forcenofall") << "Projectile" << "forcenofall" << V10 << QString();
+        QTest::newRow("PlaySnd volumescale") << "PlaySnd" << "volumescale" << V10 << QString();
+        QTest::newRow("PlaySnd volume") << "PlaySnd" << "volume" << 0u << "1.0";
+        QTest::newRow("Helper helpertype") << "Helper" << "helpertype" << 0u << "1.0";
+        QTest::newRow("DestroySelf recursive") << "DestroySelf" << "recursive" << V11 << QString();
+        QTest::newRow("DestroySelf removeexplods") << "DestroySelf" << "removeexplods" << V11 << QString();
+        QTest::newRow("Explod space") << "Explod" << "space" << V11 << QString();
+        QTest::newRow("Explod bindID") << "Explod" << "bindID" << V11 << QString();
+        QTest::newRow("Explod angle") << "Explod" << "angle" << V11 << QString();
+        QTest::newRow("Explod yangle") << "Explod" << "yangle" << V11 << QString();
+        QTest::newRow("Explod xangle") << "Explod" << "xangle" << V11 << QString();
+        QTest::newRow("Explod remappal") << "Explod" << "remappal" << V11 << QString();
+        QTest::newRow("Explod postype") << "Explod" << "postype" << 0u << "1.1";
+        QTest::newRow("Explod random") << "Explod" << "random" << 0u << "1.1";
+        QTest::newRow("Explod supermove") << "Explod" << "supermove" << 0u << "2002.04.14";
+        QTest::newRow("ModifyExplod space") << "ModifyExplod" << "space" << V11 << QString();
+        QTest::newRow("Helper remappal") << "Helper" << "remappal" << V11 << QString();
+        QTest::newRow("Projectile ownpal") << "Projectile" << "ownpal" << V11 << QString();
+        QTest::newRow("Projectile remappal") << "Projectile" << "remappal" << V11 << QString();
+        QTest::newRow("HitDef attack.width") << "HitDef" << "attack.width" << 0u << "2002.04.14";
+        QTest::newRow("HitDef attr") << "HitDef" << "attr" << 0u << QString();
+        QTest::newRow("Projectile projshadow") << "Projectile" << "projshadow" << 0u << QString();
+        QTest::newRow("Projectile afterimage.palmul") << "Projectile" << "afterimage.palmul" << 0u << QString();
+        QTest::newRow("ReversalDef reversal.attr") << "ReversalDef" << "reversal.attr" << 0u << QString();
+        QTest::newRow("VarSet var()") << "VarSet" << "var" << 0u << QString();
+    }
+
+    void parametersThatChangedWithVersions()
+    {
+        QFETCH(QString, controller);
+        QFETCH(QString, param);
+        QFETCH(quint32, minver);
+        QFETCH(QString, deprecated);
+        const int index = QMugenSyntaxProperties::indexOf(m_properties.stateControllers(), controller);
+        QVERIFY(index >= 0);
+        const auto &params = m_properties.stateControllers().at(index)->params;
+        QVERIFY2(params.contains(param), qPrintable(param));
+        QCOMPARE(params.value(param).minVersion, minver);
+        QCOMPARE(params.value(param).deprecatedText, deprecated);
+    }
+
+    void triggers_data()
+    {
+        QTest::addColumn<quint32>("minver");
+        // The index of trigger.html of 1.1, with the spellings Lose and Win name in their details.
+        const char *const always[] = {
+            "Abs", "Acos", "Alive", "Anim", "AnimElem", "AnimElemNo", "AnimElemTime", "AnimExist",
+            "AnimTime", "Asin", "Atan", "AuthorName", "BackEdgeBodyDist", "BackEdgeDist", "CanRecover",
+            "Ceil", "Command", "Const", "Cos", "Ctrl", "DrawGame", "E", "Exp", "Facing", "Floor",
+            "FrontEdgeBodyDist", "FrontEdgeDist", "FVar", "GameTime", "GetHitVar", "HitCount",
+            "HitDefAttr", "HitFall", "HitOver", "HitPauseTime", "HitShakeOver", "HitVel", "ID", "IfElse",
+            "InGuardDist", "IsHelper", "IsHomeTeam", "Life", "LifeMax", "Ln", "Log", "Lose", "LoseKO",
+            "LoseTime", "MatchNo", "MatchOver", "MoveContact", "MoveGuarded", "MoveHit", "MoveType",
+            "MoveReversed", "Name", "NumEnemy", "NumExplod", "NumHelper", "NumPartner", "NumProj",
+            "NumProjID", "NumTarget", "P1Name", "P2BodyDist", "P2Dist", "P2Life", "P2MoveType", "P2Name",
+            "P2StateNo", "P2StateType", "P3Name", "P4Name", "PalNo", "ParentDist", "Pi", "Pos", "Power",
+            "PowerMax", "PlayerIDExist", "PrevStateNo", "ProjCancelTime", "ProjContact", "ProjContactTime",
+            "ProjGuarded", "ProjGuardedTime", "ProjHit", "ProjHitTime", "Random", "RootDist", "RoundNo",
+            "RoundsExisted", "RoundState", "ScreenPos", "SelfAnimExist", "Sin", "StateNo", "StateType",
+            "SysFVar", "SysVar", "Tan", "TeamMode", "TeamSide", "TicksPerSecond", "Time", "TimeMod",
+            "UniqHitCount", "Var", "Vel", "Win", "WinKO", "WinTime", "WinPerfect",
+        };
+        for (const char *name : always)
+            QTest::newRow(name) << 0u;
+        const char *const since10[] = {"AILevel", "Cond", "Const240p", "Const480p", "Const720p",
+                                       "GameHeight", "GameWidth", "StageVar"};
+        for (const char *name : since10)
+            QTest::newRow(name) << V10;
+        const char *const since11[] = {"BackEdge", "BottomEdge", "CameraPos", "CameraZoom", "FrontEdge",
+                                       "LeftEdge", "RightEdge", "ScreenHeight", "ScreenWidth", "TopEdge"};
+        for (const char *name : since11)
+            QTest::newRow(name) << V11;
+    }
+
+    void triggers()
+    {
+        QFETCH(quint32, minver);
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        QVERIFY2(m_properties.triggers().contains(name), qPrintable(name));
+        const QSyntaxParam t = m_properties.triggers().value(name);
+        QCOMPARE(t.minVersion, minver);
+        // Every trigger has a grammar, be it "nothing follows".
+        QVERIFY(t.type >= QSyntaxParam::Exp && t.type < QSyntaxParam::Unknown);
+    }
+
+    void noTriggerBeyondTheDocuments()
+    {
+        // 132 documented names, and StateTime, which kfm.cmd uses though no document has it.
+        QCOMPARE(m_properties.triggers().size(), 133);
+        QVERIFY(m_properties.triggers().contains(QStringLiteral("StateTime")));
+        QCOMPARE(m_properties.triggers().value(QStringLiteral("TimeMod")).deprecatedText, QStringLiteral("2002.04.14"));
+    }
+
+    void constantNames()
+    {
+        const auto &consts = m_properties.consts();
+        // A trigger of the const grammar finds its names under its lower-cased name.
+        for (auto it = m_properties.triggers().cbegin(); it != m_properties.triggers().cend(); ++it) {
+            if (it.value().type == QSyntaxParam::Const)
+                QVERIFY2(!consts.value(it.key().toLower()).isEmpty(), qPrintable(it.key()));
+        }
+        for (auto it = consts.cbegin(); it != consts.cend(); ++it) {
+            for (const QString &name : it.value())
+                QVERIFY2(name == name.toLower(), qPrintable(name));
+        }
+        // 49 Const names in 2002, 74 in 1.0 (with jump.changeanim.threshold); 36 GetHitVar names.
+        QCOMPARE(consts.value(QStringLiteral("const")).size(), 74);
+        QCOMPARE(consts.value(QStringLiteral("gethitvar")).size(), 36);
+        QVERIFY(consts.value(QStringLiteral("const")).contains(QStringLiteral("data.fall.defence_mul")));
+        QVERIFY(consts.value(QStringLiteral("const")).contains(QStringLiteral("movement.down.bounce.offset.y")));
+        QVERIFY(consts.value(QStringLiteral("gethitvar")).contains(QStringLiteral("fall.envshake.phase")));
+        QCOMPARE(consts.value(QStringLiteral("stagevar")),
+                 (QStringList{QStringLiteral("info.name"), QStringLiteral("info.displayname"), QStringLiteral("info.author")}));
+    }
+
+    void sectionKeys_data()
+    {
+        QTest::addColumn<int>("section");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<quint32>("minver");
+        QTest::addColumn<QString>("deprecated");
+        using P = QMugenSyntaxProperties;
+        // bgs.html marks the keys "(Version 1.0 and higher)" and "(Version 1.1 and higher)";
+        // kfm.cns marks the constants of 1.0 with **MUGEN 1.0**.
+        QTest::newRow("files sprite") << int(P::Files) << "sprite" << 0u << QString();
+        QTest::newRow("files pal12") << int(P::Files) << "pal12" << 0u << QString();
+        QTest::newRow("arcade ending") << int(P::Arcade) << "ending.storyboard" << 0u << QString();
+        QTest::newRow("data volume") << int(P::Data) << "volume" << 0u << "1.0";
+        QTest::newRow("data volumescale") << int(P::Data) << "volumescale" << V10 << QString();
+        QTest::newRow("size draw.offset") << int(P::Size) << "draw.offset" << 0u << QString();
+        QTest::newRow("velocity airrecover.mul") << int(P::Velocity) << "air.gethit.airrecover.mul" << V10 << QString();
+        QTest::newRow("movement down.bounce.offset") << int(P::Movement) << "down.bounce.offset" << V10 << QString();
+        QTest::newRow("camera tension") << int(P::Camera) << "tension" << 0u << QString();
+        QTest::newRow("camera cuthigh") << int(P::Camera) << "cuthigh" << V10 << QString();
+        QTest::newRow("camera overdrawlow") << int(P::Camera) << "overdrawlow" << V10 << QString();
+        QTest::newRow("camera tensionhigh") << int(P::Camera) << "tensionhigh" << V11 << QString();
+        QTest::newRow("camera zoomin") << int(P::Camera) << "zoomin" << V11 << QString();
+        QTest::newRow("camera startzoom") << int(P::Camera) << "startzoom" << V11 << QString();
+        QTest::newRow("playerinfo p1startz") << int(P::PlayerInfo) << "p1startz" << 0u << "1.0";
+        QTest::newRow("bound screenleft") << int(P::Bound) << "screenleft" << 0u << QString();
+        QTest::newRow("scaling topz") << int(P::Scaling) << "topz" << 0u << "2002.04.14";
+        QTest::newRow("stageinfo localcoord") << int(P::StageInfo) << "localcoord" << V10 << QString();
+        QTest::newRow("stageinfo resetBG") << int(P::StageInfo) << "resetBG" << 0u << QString();
+        QTest::newRow("shadow color") << int(P::Shadow) << "color" << 0u << "1.1";
+        QTest::newRow("shadow xshear") << int(P::Shadow) << "xshear" << V11 << QString();
+        QTest::newRow("reflection reflect") << int(P::Reflection) << "reflect" << 0u << QString();
+        QTest::newRow("music bgvolume") << int(P::Music) << "bgvolume" << 0u << "1.0";
+        QTest::newRow("music bgmloopend") << int(P::Music) << "bgmloopend" << V10 << QString();
+        QTest::newRow("bgdef spr") << int(P::BgDef) << "spr" << 0u << QString();
+        QTest::newRow("bgctrldef looptime") << int(P::BgControlDef) << "looptime" << 0u << QString();
+        QTest::newRow("fnt fntversion") << int(P::Fnt) << "fntversion" << 0u << QString();
+        QTest::newRow("scenedef font9") << int(P::SceneDef) << "font9" << 0u << QString();
+        QTest::newRow("scene layer99.anim") << int(P::Scene) << "layer99.anim" << 0u << QString();
+        QTest::newRow("scene sound12.value") << int(P::Scene) << "sound12.value" << 0u << QString();
+        QTest::newRow("scene end.time") << int(P::Scene) << "end.time" << 0u << QString();
+    }
+
+    void sectionKeys()
+    {
+        QFETCH(int, section);
+        QFETCH(QString, key);
+        QFETCH(quint32, minver);
+        QFETCH(QString, deprecated);
+        const QSyntaxParam *p = findKey(m_properties.section(QMugenSyntaxProperties::Section(section)), key);
+        QVERIFY2(p, qPrintable(key));
+        QCOMPARE(p->minVersion, minver);
+        QCOMPARE(p->deprecatedText, deprecated);
+    }
+
+    void backgroundsAndFonts()
+    {
+        const auto names = [](const QList<QSyntaxController *> &list) {
+            QStringList out;
+            for (const QSyntaxController *c : list)
+                out << c->name;
+            return out;
+        };
+        QCOMPARE(names(m_properties.bgControllers()),
+                 (QStringList{QStringLiteral("normal"), QStringLiteral("anim"), QStringLiteral("parallax"), QStringLiteral("dummy")}));
+        // Enable as well as the documented Enabled: stages write it.
+        QCOMPARE(names(m_properties.bgControls()),
+                 (QStringList{QStringLiteral("null"), QStringLiteral("Visible"), QStringLiteral("Enabled"),
+                              QStringLiteral("Enable"), QStringLiteral("VelSet"), QStringLiteral("VelAdd"),
+                              QStringLiteral("PosSet"), QStringLiteral("PosAdd"), QStringLiteral("Anim"),
+                              QStringLiteral("SinX"), QStringLiteral("SinY")}));
+        QCOMPARE(names(m_properties.fontDefs()), (QStringList{QStringLiteral("bitmap"), QStringLiteral("truetype")}));
+
+        // Every background controller takes its time and its element IDs.
+        for (const QSyntaxController *c : m_properties.bgControls()) {
+            QVERIFY2(c->params.contains(QStringLiteral("time")) && c->params.contains(QStringLiteral("ctrlID")),
+                     qPrintable(c->name));
+        }
+        const QSyntaxController *parallax = m_properties.bgControllers().at(2);
+        QCOMPARE(parallax->params.value(QStringLiteral("actionno")).minVersion, V11);
+        QCOMPARE(parallax->params.value(QStringLiteral("yscalestart")).deprecatedText, QStringLiteral("1.1"));
+        QCOMPARE(m_properties.bgControllers().at(0)->params.value(QStringLiteral("maskwindow")).minVersion, V11);
+        QCOMPARE(m_properties.bgControllers().at(0)->params.value(QStringLiteral("window")).deprecatedText,
+                 QStringLiteral("1.1"));
+    }
+
+    void valuePatterns_data()
+    {
+        QTest::addColumn<QString>("controller");
+        QTest::addColumn<QString>("param");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<bool>("taken");
+        // Values as the rest of the line, lower-cased, blanks as written.
+        QTest::newRow("attr") << "HitDef" << "attr" << "s, na" << true;
+        QTest::newRow("attr, no blanks") << "HitDef" << "attr" << "a,hp" << true;
+        QTest::newRow("attr with two classes") << "HitDef" << "attr" << "s, na, sa" << false;
+        QTest::newRow("attr without class") << "HitDef" << "attr" << "s" << false;
+        QTest::newRow("hit attributes") << "NotHitBy" << "value" << "sca, na, sa, at" << true;
+        QTest::newRow("hit attributes without state") << "NotHitBy" << "value" << ", na, ap" << true;
+        QTest::newRow("states only") << "HitBy" << "value" << "sca" << true;
+        QTest::newRow("empty reversal") << "ReversalDef" << "reversal.attr" << "" << true;
+        QTest::newRow("unknown class") << "HitBy" << "value" << "s, nx" << false;
+        QTest::newRow("hitflag") << "HitDef" << "hitflag" << "mafd" << true;
+        QTest::newRow("hitflag minus") << "HitDef" << "hitflag" << "m-" << true;
+        QTest::newRow("hitflag unknown letter") << "HitDef" << "hitflag" << "maq" << false;
+        QTest::newRow("empty guardflag") << "HitDef" << "guardflag" << "" << true;
+        QTest::newRow("animtype med") << "HitDef" << "animtype" << "med" << true;
+        QTest::newRow("animtype diagup") << "Projectile" << "fall.animtype" << "diagup" << true;
+        QTest::newRow("animtype unknown") << "HitDef" << "animtype" << "soft" << false;
+        QTest::newRow("priority alone") << "HitDef" << "priority" << "4" << true;
+        QTest::newRow("priority and class") << "HitDef" << "priority" << "3, miss" << true;
+        QTest::newRow("priority unknown class") << "HitDef" << "priority" << "3, grab" << false;
+        QTest::newRow("trans add1") << "Trans" << "trans" << "add1" << true;
+        QTest::newRow("trans unknown") << "Trans" << "trans" << "alpha" << false;
+        QTest::newRow("postype none") << "Explod" << "postype" << "none" << true;
+        QTest::newRow("helper postype none") << "Helper" << "postype" << "none" << false;
+        QTest::newRow("space") << "Explod" << "space" << "screen" << true;
+        QTest::newRow("flag") << "AssertSpecial" << "flag" << "nobg" << true;
+        QTest::newRow("flag unknown") << "AssertSpecial" << "flag2" << "nothing" << false;
+        QTest::newRow("statetype") << "StateTypeSet" << "statetype" << "l" << true;
+        QTest::newRow("physics u") << "StateTypeSet" << "physics" << "u" << false;
+        QTest::newRow("waveform") << "ForceFeedback" << "waveform" << "sinesquare" << true;
+        QTest::newRow("sound prefix") << "PlaySnd" << "value" << "f" << true;
+        QTest::newRow("spark prefix") << "HitDef" << "sparkno" << "s" << true;
+        QTest::newRow("no other prefix") << "HitDef" << "sparkno" << "x" << false;
+    }
+
+    void valuePatterns()
+    {
+        QFETCH(QString, controller);
+        QFETCH(QString, param);
+        QFETCH(QString, value);
+        QFETCH(bool, taken);
+        const int index = QMugenSyntaxProperties::indexOf(m_properties.stateControllers(), controller);
+        QVERIFY(index >= 0);
+        const QSyntaxParam p = m_properties.stateControllers().at(index)->params.value(param);
+        QVERIFY(QSyntaxProperties::typeUsesPattern(p.type));
+        QCOMPARE(QRegExp(p.extra).exactMatch(value), taken);
+    }
+
+    void triggerWords_data()
+    {
+        QTest::addColumn<QString>("trigger");
+        QTest::addColumn<QString>("words");
+        QTest::addColumn<bool>("taken");
+        // Trigger words are joined by commas without blanks.
+        QTest::newRow("Pos x") << "Pos" << "x" << true;
+        QTest::newRow("Vel z") << "Vel" << "z" << false;
+        QTest::newRow("StateType") << "StateType" << "a" << true;
+        QTest::newRow("P2MoveType") << "P2MoveType" << "h" << true;
+        QTest::newRow("TeamMode") << "TeamMode" << "turns" << true;
+        QTest::newRow("HitDefAttr") << "HitDefAttr" << "sc,na,sa,ha" << true;
+        QTest::newRow("HitDefAttr any") << "HitDefAttr" << "sca,at" << true;
+        QTest::newRow("HitDefAttr malformed") << "HitDefAttr" << "sc" << false;
+        QTest::newRow("ProjHit with ID") << "ProjHit" << "projhit1234" << true;
+        QTest::newRow("ProjHit alone") << "ProjHit" << "ProjHit" << true;
+        QTest::newRow("ProjHitTime is its own") << "ProjHit" << "projhittime" << false;
+    }
+
+    void triggerWords()
+    {
+        QFETCH(QString, trigger);
+        QFETCH(QString, words);
+        QFETCH(bool, taken);
+        const QSyntaxParam t = m_properties.triggers().value(trigger);
+        const QRegExp pattern(t.extra, t.format == QSyntaxParam::RegExp ? Qt::CaseInsensitive : Qt::CaseSensitive);
+        QCOMPARE(pattern.exactMatch(words), taken);
+    }
+
+    void engineSamplesAreTaken_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<quint32>("version");
+        if (TestSupport::corpusDir().isEmpty()) {
+            QTest::newRow("no corpus") << QString() << 0u;
+            return;
+        }
+        const QString root = TestSupport::corpusDir() + QStringLiteral("/elecbyte-mugen10/");
+        // Characters and stages say mugenversion = 1.0; storyboards and fonts say none.
+        const char *const v10[] = {
+            "chars/kfm/kfm.def", "chars/kfm/kfm.cns", "chars/kfm/kfm.cmd", "chars/kfm720/kfm720.def",
+            "chars/kfm720/kfm720.cns", "chars/kfm720/kfm720.cmd", "data/common1.cns", "stages/kfm.def",
+            "stages/stage0.def", "stages/stage0-720.def",
+        };
+        for (const char *file : v10)
+            QTest::newRow(file) << root + QLatin1String(file) << V10;
+        QStringList unversioned = {QStringLiteral("chars/kfm/intro.def"), QStringLiteral("chars/kfm/ending.def"),
+                                   QStringLiteral("chars/kfm720/intro.def"), QStringLiteral("chars/kfm720/ending.def"),
+                                   QStringLiteral("data/kfm/intro.def"), QStringLiteral("data/kfm/logo.def"),
+                                   QStringLiteral("data/kfm/credits.def"), QStringLiteral("data/kfm/gameover.def")};
+        for (const QString &font : QDir(root + QStringLiteral("font")).entryList({QStringLiteral("*.def")}))
+            unversioned << QStringLiteral("font/") + font;
+        for (const QString &file : std::as_const(unversioned))
+            QTest::newRow(qPrintable(file)) << root + file << 0u;
+    }
+
+    void engineSamplesAreTaken()
+    {
+        QFETCH(QString, path);
+        QFETCH(quint32, version);
+        if (TestSupport::corpusDir().isEmpty())
+            QSKIP("the corpus is not there");
+        QVERIFY2(QFileInfo::exists(path), qPrintable(path));
+        const QStringList problems = problemsOf(path, version);
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_SyntaxMugen)
+#include "tst_syntaxmugen.moc"
