@@ -11,3 +11,4 @@ kestrada_add_core_test(syntaxmugen)
 # It compares data/ with the copy the programs read beside them.
 add_dependencies(tst_syntaxmugen kestrada-data)
 kestrada_add_core_test(filelookup)
+kestrada_add_core_test(qanimations)

@@ -150,7 +150,7 @@ private Q_SLOTS:
         QSyntaxTextEditor *a = project.addState(QStringLiteral("a"));
         QSyntaxTextEditor *b = project.addState(QStringLiteral("b"));
         QSyntaxTextEditor *c = project.addState(QStringLiteral("c"));
-        QCOMPARE(c->index(), 2);
+        QCOMPARE(c->fileIndex(), 2);
         QCOMPARE(c->fileType(), FileStates);
         QCOMPARE(c->title(), QStringLiteral("c"));
         QCOMPARE(c->parsesElements(), false);
@@ -160,9 +160,9 @@ private Q_SLOTS:
         project.moveState(0, 2);
         QCOMPARE(project.states(0), b);
         QCOMPARE(project.states(2), a);
-        QCOMPARE(a->index(), 2);
-        QCOMPARE(b->index(), 0);
-        QCOMPARE(c->index(), 1);
+        QCOMPARE(a->fileIndex(), 2);
+        QCOMPARE(b->fileIndex(), 0);
+        QCOMPARE(c->fileIndex(), 1);
         QCOMPARE(updated.count(), 1);
 
         // The messages of a state document carry its new number.
@@ -171,7 +171,7 @@ private Q_SLOTS:
 
         project.removeState(1);
         QCOMPARE(project.statesCount(), 2);
-        QCOMPARE(a->index(), 1);
+        QCOMPARE(a->fileIndex(), 1);
         QCOMPARE(project.messages().data(project.messages().index(0)).toString(), QStringLiteral("ST 2(5): here"));
 
         // Out of range: nothing happens.

@@ -1,20 +1,27 @@
 #pragma once
 
+#include "../base/qorganizableobject.h"
 #include "../base/qprojectfile.h"
+#include "qanimationelements.h"
 
-#include <QObject>
+#include <QList>
 
+class QElementTextEditor;
 class QSyntaxTextEditor;
 
 /**
- * The animations of a project, read live from an AIR text document. For a
- * character the document is the AIR file; for stages and storyboards the
- * project attaches the DEF, where their animations live.
+ * The animations of a project: a typed view over the text of an AIR file.
  *
- * TODO: the animation list over the text's elements joins this class; until
- * then it counts no animations.
+ * The text document is the only truth. Every animation, frame, Clsn
+ * declaration, box and inter-frame line is an element of one line of it;
+ * reading a field reads what its line holds, and writing one rewrites the
+ * line. This model follows the text through the document's parse, so the
+ * text view and the graphic view can't differ, and the document's undo is
+ * the animations' undo. For a character the document is the AIR file; for
+ * stages and storyboards the project attaches the DEF, where their
+ * animations live.
  */
-class QAnimations : public QObject, public QProjectFile
+class QAnimations : public QOrganizableObject, public QProjectFile
 {
     Q_OBJECT
 
@@ -28,8 +35,47 @@ public:
     /** Reads and writes through another text document from now on. */
     void setEditor(QSyntaxTextEditor *editor);
 
-    int count() const { return 0; }
+    /** Loads an AIR file into the document; the file isn't changed by being read. */
+    bool fromFile(const QString &fileName, int codepage, bool keepName);
+    /** Writes the document's text (see QSyntaxTextEditor::save). */
+    bool toFile(const QString &fileName, bool asUtf8, bool asCopy);
 
+    int count() const { return int(m_animations.size()); }
+    /** The animation at `index`, or null beyond the end. */
+    QAnimation *at(int index) const;
+    /** Appends "[Begin Action n]" and a blank line at the end; returns the new animation. */
+    QAnimation *add(int number);
+    /** Inserts an animation before the one at `index`, or at the end; returns it. */
+    QAnimation *insert(int index, int number);
+    /**
+     * Copies the animation's text right behind it; with a number other than
+     * -1, every "[Begin Action n]" in the copy takes the new number. Returns
+     * the copy.
+     */
+    QAnimation *duplicate(int index, int number);
+    /** Sorts by number, stable, as one undo step. */
+    void sort();
+    /** The first animation at or after `start` whose number or name is `text`; -1 if none. */
+    int find(int start, const QString &text) const;
+    /** Empties the document. */
+    void clear();
+    /** Brackets many edits into one undo step, heard as one update. */
+    void beginUpdate();
+    void endUpdate();
+
+    /** The selected row, kept here so that it survives a change of tab. */
+    quint32 currentIndex = 0;
+
+    // QOrganizableObject
+    void remove(int index) override;
+    void move(int from, int to) override;
+    void autoOrganize() override { sort(); }
+
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    /** The number, or "number - name" when a comment names the animation. */
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+
+    // QProjectFile
     bool checkSave(quint32 version) override;
     bool checkDiscard() override;
     bool isModified() const override;
@@ -38,7 +84,28 @@ public:
 
 Q_SIGNALS:
     void changed();
+    void updated(bool countChanged);
+
+public Q_SLOTS:
+    /** Follows a parse of the document. */
+    void update(QElementTextEditor *editor, QList<QTextElementChange> &changes);
+    /** Rewrites the counts and indexes of declarations and boxes that edits left wrong. */
+    void applyAutoFix();
 
 private:
-    QSyntaxTextEditor *m_editor;
+    void attach(QSyntaxTextEditor *editor, bool accept);
+    void rebuildAll();
+    void recomputeRegion(QAnimation *start, QTextElement *from);
+    void followHeaders(const QList<QTextElementChange> &changes);
+    int rowOf(const QAnimation *animation) const;
+
+    QSyntaxTextEditor *m_editor = nullptr;
+    QList<QAnimation *> m_animations;
+    /** False while a file loads: opening a file never changes it. */
+    bool m_autoFix = true;
+    QList<QCollisionBoxes *> m_touched;
+    bool m_fixQueued = false;
 };
+
+/** A stable text of the whole model: for tests, kestrada-cli and bug reports. */
+QString dumpAnimations(const QAnimations &animations);

@@ -62,7 +62,7 @@ QSyntaxTextEditor *QProject::addState(const QString &title)
 {
     auto *state = new QSyntaxTextEditor(this, FileStates, false, engineVersion(), true);
     state->document()->setMetaInformation(QTextDocument::DocumentTitle, title);
-    state->setIndex(int(m_states.size()));
+    state->setFileIndex(int(m_states.size()));
     m_states.append(state);
     return state;
 }
@@ -88,7 +88,7 @@ void QProject::removeState(int index)
 void QProject::renumberStates(int from)
 {
     for (int i = from; i < m_states.size(); ++i)
-        m_states.at(i)->setIndex(i);
+        m_states.at(i)->setFileIndex(i);
 }
 
 bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool keepName)

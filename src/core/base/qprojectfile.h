@@ -68,8 +68,8 @@ public:
     const QMessages &messages() const { return m_messages; }
 
     /** The place of a state document in its project's list; 0 for the others. */
-    int index() const { return m_messages.fileIndex(); }
-    void setIndex(int index) { m_messages.setFileIndex(index); }
+    int fileIndex() const { return m_messages.fileIndex(); }
+    void setFileIndex(int index) { m_messages.setFileIndex(index); }
 
 protected:
     /** Tells the owner, if any, that this document changed. */

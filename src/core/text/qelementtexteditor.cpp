@@ -243,6 +243,8 @@ void QElementTextEditor::contentsChanged(int position, int charsRemoved, int cha
     QTextBlock first = m_document->findBlock(position);
     if (!first.isValid())
         return;
+    const bool wasReacting = m_reactingToDocument;
+    m_reactingToDocument = wasReacting || sender() == m_document;
     const QTextBlock last =
         m_document->findBlock(position + charsAdded + (charsRemoved > 0 ? 1 : 0));
     const int endPosition = last.isValid() ? last.position() + last.length()
@@ -289,6 +291,7 @@ void QElementTextEditor::contentsChanged(int position, int charsRemoved, int cha
         m_countChanged = m_countChanged || countChanged;
     else
         Q_EMIT updated(countChanged);
+    m_reactingToDocument = wasReacting;
 }
 
 void QElementTextEditor::parseBlock(const QTextBlock &block, QList<QTextElementChange> &changes)

@@ -80,6 +80,13 @@ public:
     void raiseParseGuard() { ++m_parseGuard; }
     void lowerParseGuard() { --m_parseGuard; }
 
+    /**
+     * Whether a parse is running on behalf of the document's own change
+     * report: the document must not be edited then, so listeners that need
+     * to write to it wait for the event loop.
+     */
+    bool isReactingToDocument() const { return m_reactingToDocument; }
+
     /** Called by block data that the document deletes: its element must go. */
     void elementOrphaned(QTextElement *element);
 
@@ -110,6 +117,7 @@ private:
     int m_parseGuard = 1;
     int m_updateDepth = 0;
     bool m_countChanged = false;
+    bool m_reactingToDocument = false;
     QTextElement *m_firstElement = nullptr;
     QMap<qint64, int> m_acceptedKinds;
     QList<QTextElement *> m_orphans;

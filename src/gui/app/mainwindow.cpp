@@ -2,6 +2,7 @@
 
 #include "qinterface.h"
 
+#include "core/animation/qanimationelements.h"
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
 #include "core/text/qcommand.h"
@@ -14,6 +15,7 @@ MainWindow::MainWindow(bool firstInstance, QWidget *parent)
 {
     setupUi();
     // The kinds of lines that text documents recognise, process-wide.
+    registerAnimationElements();
     registerCommandElements();
     registerNameCommentElements();
     mainInterface = new QInterface(this);
@@ -27,6 +29,7 @@ MainWindow::~MainWindow()
     if (configuration)
         configuration->save(settingsFileForWrite(QStringLiteral("config.xml")));
     releaseCommandElements();
+    releaseAnimationElements();
     releaseNameCommentElements();
 }
 
