@@ -12,6 +12,9 @@
 #include "imagecodecs.h"
 #include "imagecodecs_p.h"
 
+#include <QtEndian>
+
+#include <array>
 #include <cstring>
 #include <vector>
 
@@ -127,35 +130,75 @@ bool findMatch(const QByteArray &pixels, qsizetype p, Packet *match)
         return false;
     const uchar *px = reinterpret_cast<const uchar *>(pixels.constData());
     const qsizetype total = pixels.size();
-    // The byte behind the last pixel reads as 0, as the terminator of the
-    // pixel array would.
-    auto at = [&](qsizetype i) { return i < total ? px[i] : uchar(0); };
-    qsizetype best = 1;
-    bool found = false;
-    const qsizetype maxDistance = qMin<qsizetype>(MaxDistance, p);
-    for (qsizetype d = 2; d <= maxDistance; ++d) {
-        qsizetype i = 0;
-        int same = 0;
-        int changes = 0;
-        bool longRun = false;
-        while (p + i < total && i < MaxCopy && px[p + i] == px[p + i - d]) {
-            if (i == 0 || px[p + i] == px[p + i - 1]) {
+    const qsizetype maxLength = qMin<qsizetype>(MaxCopy, total - p);
+    const uchar *here = px + p;
+
+    // What a copy counts depends only on the pixels it copies, not on where
+    // it copies from: the changes between neighbours and whether a run of
+    // more than seven was among them. So they are counted once, for every
+    // length, as the comparisons below need them.
+    std::array<short, MaxCopy + 1> changesAt;
+    std::array<bool, MaxCopy + 1> longRunAt;
+    qsizetype counted = 0;
+    int same = 0;
+    int changes = 0;
+    bool longRun = false;
+    auto countUpTo = [&](qsizetype length) {
+        for (; counted < length; ++counted) {
+            if (counted == 0 || here[counted] == here[counted - 1]) {
                 if (++same > 7)
                     longRun = true;
             } else {
                 ++changes;
                 same = 0;
             }
-            ++i;
+            changesAt[size_t(counted + 1)] = short(changes);
+            longRunAt[size_t(counted + 1)] = longRun;
         }
-        if (changes == 0 || i <= best)
+    };
+    // A copy no longer than the run at `p` has no change in it and is never
+    // taken, and one no longer than the best so far is never better: a
+    // distance is only worth comparing when its pixel behind both agrees.
+    qsizetype firstChange = 1;
+    while (firstChange < maxLength && here[firstChange] == here[0])
+        ++firstChange;
+    // The pixel behind the last reads as 0, as the terminator of the pixel
+    // array would.
+    auto after = [&](qsizetype length) { return p + length < total ? here[length] : uchar(0); };
+
+    qsizetype best = 1;
+    bool found = false;
+    const qsizetype maxDistance = qMin<qsizetype>(MaxDistance, p);
+    for (qsizetype d = 2; d <= maxDistance; ++d) {
+        const qsizetype needed = qMax(best, firstChange);
+        if (needed >= maxLength || here[needed] != here[needed - d])
             continue;
+        qsizetype i = 0;
+        while (i + 8 <= maxLength) {
+            quint64 a;
+            quint64 b;
+            std::memcpy(&a, here + i, 8);
+            std::memcpy(&b, here + i - d, 8);
+            if (a != b) {
+                i += qCountTrailingZeroBits(qFromLittleEndian(a ^ b)) / 8;
+                break;
+            }
+            i += 8;
+        }
+        if (i + 8 > maxLength) {
+            while (i < maxLength && here[i] == here[i - d])
+                ++i;
+        }
+        if (i <= needed)
+            continue;
+        countUpTo(i);
+        const int matchChanges = changesAt[size_t(i)];
         bool isShort;
         if (i <= ShortCopyMaxLength && d <= ShortCopyMaxDistance) {
-            if (changes <= 1 && at(p + i) == px[p + i - 1])
+            if (matchChanges <= 1 && after(i) == here[i - 1])
                 continue;
             isShort = true;
-        } else if ((changes == 2 && longRun) || (i >= 4 && changes >= 3)) {
+        } else if ((matchChanges == 2 && longRunAt[size_t(i)]) || (i >= 4 && matchChanges >= 3)) {
             isShort = false;
         } else {
             continue;

@@ -33,32 +33,12 @@ QByteArray decodeRle8(const QByteArray &data, const QImageInfo &info)
     uchar *out = line;
     uchar *lineEnd = line + lineBytes;
 
-    const uchar *in = reinterpret_cast<const uchar *>(data.constData());
-    const uchar *const end = in + data.size();
-    while (in < end) {
-        uchar value = *in++;
-        if ((value & RunMask) != RunFlag) {
-            // The common case of a single pixel in the middle of a line.
-            if (out < lineEnd) {
-                *out++ = value;
-                continue;
-            }
-            if (line == lastLine)
-                break;
-            line += stride;
-            lineEnd = line + lineBytes;
-            out = line;
-            *out++ = value;
-            continue;
-        }
-        if (in == end)
-            break;
-        qsizetype count = value & MaxRun;
-        value = *in++;
+    // Writes a run across line ends; false once the image is full.
+    auto writeRun = [&](uchar value, qsizetype count) {
         while (count > 0) {
             if (out == lineEnd) {
                 if (line == lastLine)
-                    return pixels;
+                    return false;
                 line += stride;
                 lineEnd = line + lineBytes;
                 out = line;
@@ -68,7 +48,48 @@ QByteArray decodeRle8(const QByteArray &data, const QImageInfo &info)
             out += n;
             count -= n;
         }
+        return true;
+    };
+
+    const uchar *in = reinterpret_cast<const uchar *>(data.constData());
+    const uchar *const end = in + data.size();
+    while (in < end) {
+        // Away from the ends of the data and of the line, a packet is read
+        // without branches, and written as sixteen bytes of its value, of
+        // which those beyond it are written over by the pixels that follow.
+        // Single pixels and short runs, nearly all packets, take just that.
+        while (end - in >= 2 && lineEnd - out >= 16) {
+            // Masks rather than conditions: the kind of packet is as good as
+            // random, and a mispredicted branch costs more than the packet.
+            const uint b = in[0];
+            const uint run = (b & RunMask) == RunFlag;
+            const uint isRun = 0u - run;
+            const uint value = (in[1] & isRun) | (b & ~isRun);
+            const qsizetype count = qsizetype(((b & MaxRun) & isRun) | (1u & ~isRun));
+            in += 1 + run;
+            const quint64 word = value * Q_UINT64_C(0x0101010101010101);
+            std::memcpy(out, &word, 8);
+            std::memcpy(out + 8, &word, 8);
+            if (count > 16 && !writeRun(uchar(value), count))
+                return pixels;
+            out += count > 16 ? 0 : count;
+        }
+        if (in == end)
+            break;
+        uchar value = *in++;
+        qsizetype count = 1;
+        if ((value & RunMask) == RunFlag) {
+            if (in == end)
+                break;
+            count = value & MaxRun;
+            value = *in++;
+        }
+        if (!writeRun(value, count))
+            return pixels;
     }
+    // The data ended early: nothing follows to write over the bytes stored
+    // beyond the last packet.
+    std::memset(out, 0, size_t(qMin<qsizetype>(16, lineEnd - out)));
     return pixels;
 }
 
