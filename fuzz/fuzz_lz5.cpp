@@ -12,8 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QImageInfo info = FuzzImage::info(data);
     const QByteArray pixels = decodeLz5(FuzzImage::payload(data, size), info);
     FuzzImage::checkPixels(pixels, info);
-    if (pixels.isEmpty() || info.format != QImageInfo::Indexed
-        || qsizetype(info.width) * info.height > FuzzImage::RoundTripPixels)
+    if (!FuzzImage::worthARoundTrip(pixels, info))
         return 0;
     const QImage image = imageFromPixels(pixels, info);
     for (const bool useLZ : {true, false})

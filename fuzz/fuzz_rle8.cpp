@@ -11,8 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QImageInfo info = FuzzImage::info(data);
     const QByteArray pixels = decodeRle8(FuzzImage::payload(data, size), info);
     FuzzImage::checkPixels(pixels, info);
-    if (pixels.isEmpty() || info.format != QImageInfo::Indexed
-        || qsizetype(info.width) * info.height > FuzzImage::RoundTripPixels)
+    if (!FuzzImage::worthARoundTrip(pixels, info))
         return 0;
     const QImage image = imageFromPixels(pixels, info);
     FuzzImage::check(decodeRle8(encodeRle8(image), info) == pixels);

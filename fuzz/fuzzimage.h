@@ -54,6 +54,13 @@ inline void checkPixels(const QByteArray &pixels, const QImageInfo &info)
     check(pixels.isEmpty() || pixels.size() == info.byteCount());
 }
 
+/** Whether decoded indexed pixels are small enough to be encoded again. */
+inline bool worthARoundTrip(const QByteArray &pixels, const QImageInfo &info)
+{
+    return !pixels.isEmpty() && info.format == QImageInfo::Indexed
+           && qsizetype(info.width) * info.height <= RoundTripPixels;
+}
+
 /** Whether two images hold the same pixels inside their width. */
 inline bool samePixels(const QImage &a, const QImage &b)
 {

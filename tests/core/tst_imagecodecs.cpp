@@ -139,6 +139,15 @@ QByteArray pngChunk(const QByteArray &png, const char *type)
     return QByteArray();
 }
 
+using PixelDecoder = QByteArray (*)(const QByteArray &, const QImageInfo &);
+
+PixelDecoder pixelDecoder(const QString &codec)
+{
+    if (codec == QLatin1String("rle8"))
+        return decodeRle8;
+    return codec == QLatin1String("rle5") ? decodeRle5 : decodeLz5;
+}
+
 using Decoder = std::function<bool(const QByteArray &)>;
 
 /** Decoders under hostile input. They answer whether the result had a sane size. */
@@ -154,9 +163,7 @@ Decoder decoderOf(const QString &codec, const QImageInfo &info)
             const QImage image = decodePng(data);
             return image.isNull() || image.width() > 0;
         };
-    QByteArray (*decode)(const QByteArray &, const QImageInfo &) = codec == QLatin1String("rle8") ? decodeRle8
-                                                                   : codec == QLatin1String("rle5") ? decodeRle5
-                                                                                                    : decodeLz5;
+    const PixelDecoder decode = pixelDecoder(codec);
     return [decode, info](const QByteArray &data) {
         const QByteArray pixels = decode(data, info);
         return pixels.isEmpty() || pixels.size() == info.byteCount();
@@ -734,9 +741,7 @@ private Q_SLOTS:
     void decodersRefuseSizesTheirDataCantFill()
     {
         QFETCH(QString, codec);
-        QByteArray (*decode)(const QByteArray &, const QImageInfo &) = codec == QLatin1String("rle8") ? decodeRle8
-                                                                       : codec == QLatin1String("rle5") ? decodeRle5
-                                                                                                        : decodeLz5;
+        const PixelDecoder decode = pixelDecoder(codec);
         const QByteArray data(10, '\x01');
         QVERIFY(decode(data, infoOf(65535, 65535, QImageInfo::ARGB)).isEmpty());
         QVERIFY(decode(QByteArray(), infoOf(4, 4)).isEmpty());
