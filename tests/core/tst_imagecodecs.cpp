@@ -513,6 +513,7 @@ private Q_SLOTS:
         QTest::newRow("version") << 1 << 3;
         QTest::newRow("16 bits per pixel") << 3 << 16;
         QTest::newRow("two planes") << 65 << 2;
+        QTest::newRow("24 bits in one plane") << 3 << 24;
         QTest::newRow("xmax below xmin") << 4 << 9;
         QTest::newRow("bytes per line below the width") << 66 << 2;
         // 64k x 64k from ten bytes of data.

@@ -327,8 +327,9 @@ QByteArray decodeLz5(const QByteArray &data, const QImageInfo &info)
         return pixels;
     }
     QByteArray linear(pixelCount, '\0');
-    const uchar *from = reinterpret_cast<uchar *>(linear.data());
-    decodeLinear(in, end, reinterpret_cast<uchar *>(linear.data()), reinterpret_cast<uchar *>(linear.data()) + pixelCount);
+    uchar *const start = reinterpret_cast<uchar *>(linear.data());
+    decodeLinear(in, end, start, start + pixelCount);
+    const uchar *from = start;
     for (qsizetype y = 0; y < info.height; ++y, from += width, out += stride)
         std::memcpy(out, from, size_t(width));
     return pixels;

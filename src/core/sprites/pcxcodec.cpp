@@ -48,6 +48,13 @@ bool readHeader(const QByteArray &data, PcxHeader *header, int *format)
     header->height = int(word(h, 10)) - int(word(h, 6)) + 1;
     header->bytesPerLine = word(h, 66);
     *format = QImageInfo::formatOfDepth(header->bitsPerPixel * header->planes);
+    // Colour images are three or four planes of bytes; other ways to reach
+    // their depth (six bits in four planes) don't fit the pixel layout and
+    // no sprite tool writes them.
+    if (header->planes != 1 && header->bitsPerPixel != 8)
+        return false;
+    if (header->planes == 1 && *format != QImageInfo::Indexed)
+        return false;
     // A line of the header's bytes per line must hold the image's width:
     // narrower lines would leave the image unfilled and let the header
     // claim any size at all.
@@ -103,18 +110,12 @@ QImage decodePcx(const QByteArray &data)
     const int step = planes == 3 ? 4 : planes;
     const qsizetype stride = image.bytesPerLine();
     uchar *bits = image.bits();
-    auto planeLimit = [&](int plane) {
-        // Bytes beyond the width are dropped, and so are bytes that a
-        // strange plane layout would put beyond the line.
-        return plane < stride ? qMin<qsizetype>(header.width, (stride - plane + step - 1) / step) : 0;
-    };
 
     const uchar *in = reinterpret_cast<const uchar *>(data.constData()) + HeaderSize;
     const uchar *const end = reinterpret_cast<const uchar *>(data.constData()) + data.size();
     int y = 0;
     int plane = 0;
     qsizetype x = 0;
-    qsizetype limit = planeLimit(0);
     uchar *line = bits;
     while (y < header.height && in < end) {
         uchar value = *in++;
@@ -126,7 +127,8 @@ QImage decodePcx(const QByteArray &data)
             value = *in++;
         }
         for (; count > 0 && y < header.height; --count) {
-            if (x < limit)
+            // Bytes beyond the width pad the line to the header's length.
+            if (x < header.width)
                 line[x * step + plane] = value;
             if (++x == header.bytesPerLine) {
                 x = 0;
@@ -135,7 +137,6 @@ QImage decodePcx(const QByteArray &data)
                     line += stride;
                     ++y;
                 }
-                limit = planeLimit(plane);
             }
         }
     }
