@@ -18,7 +18,7 @@ namespace FuzzImage {
 
 constexpr size_t HeaderSize = 5;
 // Round trips re-encode what was decoded; big images would only slow the fuzzer.
-constexpr qsizetype RoundTripPixels = 1 << 14;
+constexpr qsizetype RoundTripPixels = 1 << 12;
 
 inline void startApplication(const char *name)
 {

@@ -14,7 +14,6 @@
 #include <QFile>
 #include <QList>
 #include <QString>
-#include <QtEndian>
 
 #include <functional>
 
@@ -33,14 +32,25 @@ struct Sprite
     QByteArray data;
 };
 
+/** A little-endian number of `bytes` bytes at `at`; 0 beyond the end. */
+inline quint32 number(const QByteArray &b, qsizetype at, int bytes)
+{
+    quint32 value = 0;
+    if (at < 0 || at + bytes > b.size())
+        return 0;
+    for (int i = bytes - 1; i >= 0; --i)
+        value = (value << 8) | uchar(b.at(at + i));
+    return value;
+}
+
 inline quint32 u32(const QByteArray &b, qsizetype at)
 {
-    return at >= 0 && at + 4 <= b.size() ? qFromLittleEndian<quint32>(b.constData() + at) : 0;
+    return number(b, at, 4);
 }
 
 inline quint16 u16(const QByteArray &b, qsizetype at)
 {
-    return at >= 0 && at + 2 <= b.size() ? qFromLittleEndian<quint16>(b.constData() + at) : 0;
+    return quint16(number(b, at, 2));
 }
 
 inline int filterOfNodeFormat(int format)
