@@ -74,8 +74,11 @@ QStreamCache::QStreamCache(const QString &name, int mode, bool compress, int lev
     , m_compress(compress)
     , m_level(level)
 {
-    // The pool must outlive every store, including stores that live as long
-    // as the process: statics go in the reverse order of their making.
+    // Statics go in the reverse order of their making: the filters, then the
+    // pool, are made before any store, so that at process end every store
+    // goes first (including those that live as long as the process), then
+    // the entries, then the filters.
+    streamCacheFilter(QStreamCacheFilter::PCX);
     QStreamCacheEntryPool::instance();
     if (mode == Disk) {
         m_file = std::make_unique<QTemporaryFile>(QDir::temp().filePath(name + QStringLiteral("_XXXXXX")));
