@@ -1,0 +1,270 @@
+#include "core/sprites/imagecodecs.h"
+#include "core/sprites/qstreamcache.h"
+#include "core/sprites/qstreamcachefilter.h"
+
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QtTest>
+
+namespace {
+
+/** The CRC as its definition says, one bit at a time, from any start. */
+quint64 bitwiseCrc(const QByteArray &bytes, quint64 crc)
+{
+    for (const char c : bytes) {
+        crc ^= uchar(c);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc & 1) ? (crc >> 1) ^ 0x95AC9329AC4BC9B5ull : crc >> 1;
+    }
+    return crc;
+}
+
+QImage testImage(int width, int height, int seed)
+{
+    QImage image(width, height, QImage::Format_Indexed8);
+    image.setColorTable(QList<QRgb>(256, qRgb(1, 2, 3)));
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x)
+            image.scanLine(y)[x] = uchar((x / 4 + y * seed) % 31);
+    }
+    return image;
+}
+
+QImageInfo infoOf(const QImage &image)
+{
+    QImageInfo info;
+    info.width = quint16(image.width());
+    info.height = quint16(image.height());
+    info.format = image.format();
+    return info;
+}
+
+QByteArray blob(int size, int seed)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    QRandomGenerator random{quint32(seed)};
+    for (char &c : bytes)
+        c = char(random.bounded(4) + 'a');
+    return bytes;
+}
+
+} // namespace
+
+class tst_QStreamCache : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void hashIsTheReflectedCrc64()
+    {
+        // The bitwise form is anchored to the published check value of this
+        // polynomial, which starts from 0.
+        QCOMPARE(bitwiseCrc(QByteArrayLiteral("123456789"), 0), Q_UINT64_C(0xE9C6D914C4B8D9CA));
+        // The store starts from all ones and doesn't invert at the end.
+        QCOMPARE(QStreamCache::hash(QByteArray()), ~quint64(0));
+        for (const QByteArray &bytes : {QByteArrayLiteral("123456789"), QByteArray(1, '\0'), blob(1000, 3)})
+            QCOMPARE(QStreamCache::hash(bytes), bitwiseCrc(bytes, ~quint64(0)));
+    }
+
+    void storesAndGivesBack_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<bool>("compress");
+        QTest::newRow("memory") << int(QStreamCache::Memory) << false;
+        QTest::newRow("memory, compressed") << int(QStreamCache::Memory) << true;
+        QTest::newRow("disk") << int(QStreamCache::Disk) << false;
+        QTest::newRow("disk, compressed") << int(QStreamCache::Disk) << true;
+    }
+
+    void storesAndGivesBack()
+    {
+        QFETCH(int, mode);
+        QFETCH(bool, compress);
+        QStreamCache store(QStringLiteral("mugenspr"), mode, compress, 9);
+        QCOMPARE(store.mode(), mode);
+        const QImage image = testImage(37, 20, 3);
+        const QByteArray pixels = imagePixels(image);
+        const QByteArray rle8 = encodeRle8(image);
+
+        QStreamCacheEntry *raw = store.add(pixels, QStreamCacheFilter::Raw, infoOf(image));
+        QStreamCacheEntry *encoded = store.add(rle8, QStreamCacheFilter::RLE8, infoOf(image));
+        QCOMPARE(store.count(), 2);
+        QCOMPARE(store.decoded(raw), pixels);
+        QCOMPARE(store.decoded(encoded), pixels);
+        QCOMPARE(store.filterOf(encoded), int(QStreamCacheFilter::RLE8));
+        QCOMPARE(raw->size(), quint32(pixels.size()));
+        // Encoded forms stay as they came, so that a save can copy them.
+        QCOMPARE(store.raw(encoded), rle8);
+        // Only raw pixels are compressed, and only when asked.
+        if (compress) {
+            QCOMPARE(store.raw(raw), qCompress(pixels, 9));
+            QVERIFY(raw->storedSize() < raw->size());
+        } else {
+            QCOMPARE(store.raw(raw), pixels);
+        }
+        // Hashes wait until someone compares.
+        QCOMPARE(encoded->hash(), quint64(0));
+        if (mode == QStreamCache::Disk) {
+            QCOMPARE(encoded->position(), raw->storedSize());
+            QCOMPARE(QFileInfo(store.fileName()).size(), qint64(raw->storedSize() + encoded->storedSize()));
+        }
+    }
+
+    void nullAndBrokenEntriesReadEmpty()
+    {
+        QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Memory);
+        QVERIFY(store.raw(nullptr).isEmpty());
+        QVERIFY(store.decoded(nullptr).isEmpty());
+        QCOMPARE(store.filterOf(nullptr), 0);
+        QImageInfo info = infoOf(testImage(4, 4, 1));
+        QStreamCacheEntry *unknown = store.add(QByteArray("abc"), 9, info);
+        QVERIFY(store.decoded(unknown).isEmpty());
+        QStreamCacheEntry *empty = store.add(QByteArray(), QStreamCacheFilter::RLE8, info);
+        QVERIFY(store.decoded(empty).isEmpty());
+        QVERIFY(!store.replace(nullptr, QByteArray("x"), 0, info));
+    }
+
+    void diskRemovalCompactsTheFile()
+    {
+        QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Disk);
+        QList<QStreamCacheEntry *> entries;
+        QList<QByteArray> blobs;
+        for (int i = 0; i < 5; ++i) {
+            blobs.append(blob(100 + i * 10, i));
+            entries.append(store.add(blobs.last(), 0, QImageInfo()));
+        }
+        const QString file = store.fileName();
+        const qint64 fullSize = QFileInfo(file).size();
+
+        // The second goes: everything behind it moves up by its size.
+        const quint32 thirdWas = entries[2]->position();
+        store.release(entries[1]);
+        QCOMPARE(QFileInfo(file).size(), fullSize - 110);
+        QCOMPARE(entries[2]->position(), thirdWas - 110);
+        QCOMPARE(entries[0]->position(), quint32(0));
+        for (int i : {0, 2, 3, 4})
+            QCOMPARE(store.raw(entries[i]), blobs[i]);
+
+        // The last written goes: no other entry moves.
+        const QList<quint32> before = {entries[0]->position(), entries[2]->position(), entries[3]->position()};
+        store.release(entries[4]);
+        QCOMPARE((QList<quint32>{entries[0]->position(), entries[2]->position(), entries[3]->position()}), before);
+        QCOMPARE(QFileInfo(file).size(), fullSize - 110 - 140);
+
+        // A replacement leaves its old place and goes to the end.
+        const QByteArray bigger = blob(500, 9);
+        QVERIFY(store.replace(entries[0], bigger, 0, QImageInfo()));
+        QCOMPARE(entries[2]->position(), quint32(0));
+        QCOMPARE(entries[0]->position(), quint32(120 + 130));
+        QCOMPARE(store.raw(entries[0]), bigger);
+        QCOMPARE(store.raw(entries[3]), blobs[3]);
+
+        store.clear();
+        QCOMPARE(store.count(), 0);
+        QCOMPARE(QFileInfo(file).size(), qint64(0));
+    }
+
+    void diskFileIsUniqueAndGoesWithTheStore()
+    {
+        QString first;
+        {
+            QStreamCache a(QStringLiteral("mugenspr"), QStreamCache::Disk);
+            QStreamCache b(QStringLiteral("mugenspr"), QStreamCache::Disk);
+            first = a.fileName();
+            QVERIFY(QFileInfo(first).fileName().startsWith(QLatin1String("mugenspr")));
+            QVERIFY(a.fileName() != b.fileName());
+            QVERIFY(QFileInfo::exists(first));
+        }
+        QVERIFY(!QFileInfo::exists(first));
+        QVERIFY(QStreamCache(QStringLiteral("mugenspr"), QStreamCache::Memory).fileName().isEmpty());
+    }
+
+    void releasedEntriesAreReused()
+    {
+        QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Memory);
+        QStreamCacheEntry *a = store.add(QByteArray("a"), 0, QImageInfo());
+        QStreamCacheEntry *b = store.add(QByteArray("b"), 0, QImageInfo());
+        store.release(a);
+        store.release(b);
+        // The last given back is the first taken, cleared.
+        QStreamCacheEntry *c = store.add(QByteArray(), 0, QImageInfo());
+        QCOMPARE(c, b);
+        QCOMPARE(c->size(), quint32(0));
+        QCOMPARE(c->hash(), quint64(0));
+        QCOMPARE(store.add(QByteArray("d"), 0, QImageInfo()), a);
+        // An entry of another store, or one given back twice, is left alone.
+        QStreamCache other(QStringLiteral("mugenspr"), QStreamCache::Memory);
+        other.release(c);
+        QCOMPARE(store.count(), 2);
+        store.release(c);
+        store.release(c);
+        QCOMPARE(store.count(), 1);
+        QCOMPARE(store.add(QByteArray("e"), 0, QImageInfo()), c);
+    }
+
+    void same_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::newRow("memory") << int(QStreamCache::Memory);
+        QTest::newRow("disk") << int(QStreamCache::Disk);
+    }
+
+    void same()
+    {
+        QFETCH(int, mode);
+        QStreamCache store(QStringLiteral("mugenspr"), mode, true);
+        const QImage image = testImage(30, 9, 2);
+        const QImageInfo info = infoOf(image);
+        QStreamCacheEntry *raw = store.add(imagePixels(image), 0, info);
+        QStreamCacheEntry *rle8 = store.add(encodeRle8(image), QStreamCacheFilter::RLE8, info);
+        QStreamCacheEntry *lz5 = store.add(encodeLz5(image, true), QStreamCacheFilter::LZ5, info);
+        QStreamCacheEntry *other = store.add(encodeRle8(testImage(30, 9, 5)), QStreamCacheFilter::RLE8, info);
+
+        // One image in three encodings.
+        QVERIFY(store.same(raw, rle8));
+        QVERIFY(store.same(lz5, rle8));
+        QVERIFY(!store.same(rle8, other));
+        // Hashes, once made, stay with the entries.
+        QCOMPARE(rle8->hash(), QStreamCache::hash(imagePixels(image)));
+        QVERIFY(other->hash() != 0);
+        // Known hashes and equal stored bytes need no decoding.
+        QStreamCacheEntry *copy = store.add(store.raw(rle8), QStreamCacheFilter::RLE8, info, rle8->hash());
+        QVERIFY(store.same(copy, rle8));
+
+        // The same pixels at another size are another image.
+        QImageInfo wider = info;
+        wider.width = 60;
+        wider.height = 4;
+        QStreamCacheEntry *reshaped = store.add(encodeRle8(image), QStreamCacheFilter::RLE8, wider);
+        QVERIFY(!store.same(reshaped, rle8));
+        // Two images that don't decode are not equal.
+        QStreamCacheEntry *broken = store.add(QByteArray("junk"), QStreamCacheFilter::PNG, info);
+        QStreamCacheEntry *broken2 = store.add(QByteArray("junk"), QStreamCacheFilter::PNG, info);
+        QVERIFY(!store.same(broken, broken2));
+        QVERIFY(!store.same(broken, nullptr));
+    }
+
+    void findEqual()
+    {
+        QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Disk);
+        const QImage image = testImage(21, 6, 4);
+        const QByteArray pixels = imagePixels(image);
+        QStreamCacheEntry *first = store.add(encodeRle8(testImage(21, 6, 7)), QStreamCacheFilter::RLE8, infoOf(image));
+        QStreamCacheEntry *lz5 = store.add(encodeLz5(image, true), QStreamCacheFilter::LZ5, infoOf(image));
+        QStreamCacheEntry *raw = store.add(pixels, 0, infoOf(image));
+
+        QCOMPARE(store.findEqual(pixels, nullptr), lz5);
+        QCOMPARE(store.findEqual(pixels, lz5), raw);
+        QCOMPARE(store.findEqual(pixels, raw), lz5);
+        QVERIFY(first->hash() != 0);
+        QVERIFY(!store.findEqual(imagePixels(testImage(21, 6, 8)), nullptr));
+        QVERIFY(!store.findEqual(QByteArray(), nullptr));
+        // With a size given, only entries of that size count.
+        QImageInfo other = infoOf(image);
+        other.height = 3;
+        QVERIFY(!store.findEqual(pixels, nullptr, other));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_QStreamCache)
+#include "tst_qstreamcache.moc"
