@@ -7,10 +7,6 @@
 #include "../text/qcommands.h"
 #include "../text/qdefinitions.h"
 
-#include <QDateTime>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QTextDocument>
 
 QProject::QProject(int cacheType, bool cacheCompression, QObject *parent)
@@ -89,23 +85,6 @@ void QProject::renumberStates(int from)
 {
     for (int i = from; i < m_states.size(); ++i)
         m_states.at(i)->setFileIndex(i);
-}
-
-bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool keepName)
-{
-    if (backup) {
-        const QFileInfo def(fileName);
-        const QString folder = QFileInfo(def.absolutePath()).canonicalFilePath() + QLatin1String("/backup/")
-            + QDateTime::currentDateTime().toString(QStringLiteral("dd-MM-yyyy h-m-s ap"))
-            + QLatin1Char('/');
-        QDir().mkpath(folder);
-        QFile::copy(fileName, folder + def.fileName());
-    }
-    if (!m_definitions->load(fileName, codepage, keepName))
-        return false;
-    // TODO: open the palettes, sprites, animations, sounds, commands and
-    // states that the DEF names, once its file list is read.
-    return true;
 }
 
 bool QProject::canClose()

@@ -63,6 +63,27 @@ public:
      * the project then holds nothing.
      */
     bool fromFile(const QString &fileName, int codepage, bool backup, bool keepName);
+    /**
+     * "Save as": writes the DEF to `fileName`, then asks for a name for each
+     * other document that has something to save. The names inside the DEF
+     * don't change.
+     */
+    void toFile(const QString &fileName, bool asUtf8);
+    /**
+     * Saves every document under the name it has; a document that has none
+     * yet asks for one. A DEF that was never saved isn't written: "Save as"
+     * makes a DEF.
+     */
+    bool save();
+    /** Saves one document under a name it asks for; `index` selects the state document. */
+    void saveFile(QProjectFileType file, bool asUtf8, int index);
+    /**
+     * Writes a copy of the project for a test run into `directory` (ending
+     * in "/"), with the base name `name`, and lists in `created` what to
+     * delete afterwards. The project itself doesn't change. A document with
+     * nothing in memory is copied from the project's folder.
+     */
+    bool saveForTest(const QString &directory, const QString &name, QStringList &created);
 
     /**
      * Asks every state document whether its changes may be dropped (all of

@@ -39,3 +39,13 @@ void QSounds::check()
     messages().begin();
     messages().end();
 }
+
+bool QSounds::fromFile(const QString &, bool)
+{
+    return false;
+}
+
+bool QSounds::toFile(const QString &, bool)
+{
+    return false;
+}

@@ -24,6 +24,11 @@ public:
     QString fileName() const { return m_fileName; }
     void setModified(bool modified);
 
+    /** Reads an SND file. TODO: the SND reader fills this in; until then nothing is read. */
+    bool fromFile(const QString &fileName, bool keepName);
+    /** Writes an SND file. TODO: the SND writer fills this in; until then nothing is written. */
+    bool toFile(const QString &fileName, bool asCopy);
+
     bool checkSave(quint32 version) override;
     bool checkDiscard() override;
     bool isModified() const override { return m_modified; }

@@ -52,3 +52,13 @@ void QSprites::check()
     messages().begin();
     messages().end();
 }
+
+bool QSprites::fromFile(const QString &, bool)
+{
+    return false;
+}
+
+bool QSprites::toFile(const QString &, quint32, bool)
+{
+    return false;
+}

@@ -42,6 +42,17 @@ public:
     QString fileName() const { return m_fileName; }
     void setModified(bool modified);
 
+    /**
+     * Reads an SFF file. With `keepName` the set keeps the name it had.
+     * TODO: the SFF reader fills this in; until then nothing is read.
+     */
+    bool fromFile(const QString &fileName, bool keepName);
+    /**
+     * Writes the set as an SFF file of `version` (0 for the set's own).
+     * TODO: the SFF writer fills this in; until then nothing is written.
+     */
+    bool toFile(const QString &fileName, quint32 version, bool asCopy);
+
     bool checkSave(quint32 version) override;
     bool checkDiscard() override;
     bool isModified() const override { return m_modified; }

@@ -188,14 +188,19 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
     return true;
 }
 
-bool QSyntaxTextEditor::save(const QString &fileName, bool asUtf8, bool asCopy)
+QByteArray QSyntaxTextEditor::encode(const QString &text, bool asUtf8) const
 {
     QTextCodec *codec = asUtf8 ? QTextCodec::codecForName("UTF-8") : codecForCodepage(m_codepage);
-    QString text = rawText(document());
-    text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
     // IgnoreHeader: the engine reads no byte order mark, so none is written.
     const std::unique_ptr<QTextEncoder> encoder(codec->makeEncoder(QTextCodec::IgnoreHeader));
-    if (!writeFileAtomically(fileName, encoder->fromUnicode(text)))
+    return encoder->fromUnicode(text);
+}
+
+bool QSyntaxTextEditor::save(const QString &fileName, bool asUtf8, bool asCopy)
+{
+    QString text = rawText(document());
+    text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
+    if (!writeFileAtomically(fileName, encode(text, asUtf8)))
         return false;
     if (!asCopy) {
         const QFileInfo info(fileName);

@@ -42,6 +42,8 @@ public:
      * write is atomic; false leaves the earlier file untouched.
      */
     bool save(const QString &fileName, bool asUtf8, bool asCopy);
+    /** `text` in the document's own encoding (UTF-8 with `asUtf8`), without a byte order mark. */
+    QByteArray encode(const QString &text, bool asUtf8 = false) const;
     /**
      * Decodes the bytes of a text file. A byte order mark decides; then the
      * encoding that detection names; then the codec of `codepage` (0 for the

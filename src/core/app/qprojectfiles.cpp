@@ -1,0 +1,372 @@
+// The file algorithms of a project: open from a DEF, save, save as, and the
+// copy written for a test run.
+
+#include "qproject.h"
+
+#include "../animation/qanimations.h"
+#include "../base/filelookup.h"
+#include "../sounds/qsounds.h"
+#include "../sprites/qsprites.h"
+#include "../text/qcommands.h"
+#include "../text/qdefinitions.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTextDocument>
+
+namespace {
+
+/** Copies files into a backup folder, keeping their names relative to the project's folder. */
+class Backup
+{
+public:
+    Backup(bool enabled, const QString &defFile)
+    {
+        if (!enabled)
+            return;
+        const QFileInfo def(defFile);
+        m_projectDir = QFileInfo(def.absolutePath()).canonicalFilePath();
+        m_folder = m_projectDir + QLatin1String("/backup/")
+            + QDateTime::currentDateTime().toString(QStringLiteral("dd-MM-yyyy h-m-s ap")) + QLatin1Char('/');
+        QDir().mkpath(m_folder);
+        QFile::copy(defFile, m_folder + def.fileName());
+    }
+
+    void copy(const QString &path) const
+    {
+        if (m_folder.isEmpty() || !QFileInfo(path).isFile())
+            return;
+        const QString relative = QDir(m_projectDir).relativeFilePath(QFileInfo(path).canonicalFilePath());
+        const QString target = m_folder + relative;
+        QDir().mkpath(QFileInfo(target).absolutePath());
+        QFile::copy(path, target);
+    }
+
+private:
+    QString m_projectDir;
+    QString m_folder;
+};
+
+bool isFile(const QString &path)
+{
+    return QFileInfo(path).isFile();
+}
+
+void makeFolderOf(const QString &path)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+}
+
+} // namespace
+
+bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool keepName)
+{
+    const Backup copies(backup, fileName);
+    if (!m_definitions->load(fileName, codepage, keepName))
+        return false;
+
+    const QDefinitionsFiles files = m_definitions->files();
+    const QString base = files.directory;
+    const uint total = uint(files.palettes.size() + files.states.size() + 4);
+    bool allow = true;
+    Q_EMIT progress(0, total, allow);
+
+    // A palette file that isn't there takes no number: numbers follow the files found.
+    uint n = 1;
+    for (const QString &name : files.palettes) {
+        const QString path = findFile(base, name);
+        if (!isFile(path))
+            continue;
+        copies.copy(path);
+        // TODO: read the palette file and add it to the sprites as palette 1,n,
+        // once the sprite set holds palettes.
+        Q_EMIT progress(n, total, allow);
+        ++n;
+        if (!allow)
+            return true;
+    }
+
+    // Every load from here on fails quietly and leaves its document empty.
+    const QString sprites = findFile(base, files.sprites);
+    copies.copy(sprites);
+    m_sprites->fromFile(sprites, keepName);
+    Q_EMIT progress(n, total, allow);
+    if (!allow)
+        return true;
+
+    if (type() == Character) {
+        const QString animations = findFile(base, files.animations);
+        copies.copy(animations);
+        m_animations->fromFile(animations, codepage, keepName);
+    } else if (type() != Font) {
+        // Stages and storyboards keep their animations in the DEF.
+        m_animations->setEditor(m_definitions);
+    }
+    Q_EMIT progress(n + 1, total, allow);
+    if (!allow)
+        return true;
+
+    const QString sounds = findFile(base, files.sounds);
+    copies.copy(sounds);
+    m_sounds->fromFile(sounds, keepName);
+    Q_EMIT progress(n + 2, total, allow);
+    if (!allow)
+        return true;
+
+    const QString commands = findFile(base, files.commands);
+    copies.copy(commands);
+    m_commands->load(commands, codepage, keepName);
+    Q_EMIT progress(n + 3, total, allow);
+    if (!allow)
+        return true;
+
+    uint position = n + 4;
+    for (const QString &name : files.states) {
+        const QString path = findFile(base, name);
+        if (!isFile(path))
+            continue;
+        copies.copy(path);
+        auto *state = new QSyntaxTextEditor(this, FileStates, false, m_definitions->version(), true);
+        state->setFileIndex(int(m_states.size()));
+        state->load(path, codepage, keepName);
+        m_states.append(state);
+        Q_EMIT progress(position++, total, allow);
+        if (!allow)
+            return true;
+    }
+    return true;
+}
+
+bool QProject::save()
+{
+    // A DEF that was never saved isn't written here: "Save as" makes one.
+    const QString def = m_definitions->fileName();
+    if (!def.isEmpty() && isFile(def))
+        m_definitions->save(def, false, false);
+
+    bool allow = true;
+    const uint total = uint(m_states.size() + 4);
+    Q_EMIT progress(0, total, allow);
+
+    const QString sprites = m_sprites->fileName();
+    if (isFile(sprites)) {
+        if (m_sprites->isModified() && m_sprites->checkSave(m_sprites->version()))
+            m_sprites->toFile(sprites, 0, false);
+    } else {
+        saveFile(FileSprites, false, 0);
+    }
+    Q_EMIT progress(1, total, allow);
+    if (type() != Character)
+        return true;
+
+    const QString animations = m_animationText->fileName();
+    if (isFile(animations)) {
+        if (m_animations->isModified() && m_animations->checkSave(0))
+            m_animations->toFile(animations, false, false);
+    } else {
+        saveFile(FileAnimations, false, 0);
+    }
+    Q_EMIT progress(2, total, allow);
+
+    const auto saveText = [this](QSyntaxTextEditor *document, QProjectFileType kind) {
+        const QString name = document->fileName();
+        if (isFile(name)) {
+            if (document->isModified() && document->checkSave(0))
+                document->save(name, false, false);
+        } else if (!document->isEmpty() && document->checkSave(0)) {
+            const QString chosen = Q_EMIT saveFileName(kind, setting(QStringLiteral("proj_path")));
+            if (!chosen.isEmpty())
+                document->save(chosen, false, false);
+        }
+    };
+    saveText(m_commands, FileCommands);
+    Q_EMIT progress(3, total, allow);
+
+    uint position = 4;
+    for (QSyntaxTextEditor *state : std::as_const(m_states)) {
+        saveText(state, FileStates);
+        Q_EMIT progress(position++, total, allow);
+    }
+
+    const QString sounds = m_sounds->fileName();
+    if (isFile(sounds) && m_sounds->isModified() && m_sounds->checkSave(0)) {
+        m_sounds->toFile(sounds, false);
+    } else if (!isFile(sounds) && m_sounds->count() > 0 && m_sounds->checkSave(0)) {
+        const QString chosen = Q_EMIT saveFileName(FileSounds, setting(QStringLiteral("proj_path")));
+        if (!chosen.isEmpty())
+            m_sounds->toFile(chosen, false);
+    }
+    Q_EMIT progress(position, total, allow);
+    return true;
+}
+
+void QProject::saveFile(QProjectFileType file, bool asUtf8, int index)
+{
+    const QString folder = setting(QStringLiteral("proj_path"));
+    switch (file) {
+    case FileSprites: {
+        if (m_sprites->count() == 0)
+            return;
+        // An answer of 0 (given up) passes or fails the check by the same rules.
+        const quint32 version = Q_EMIT spritesVersionToSave(m_sprites->version());
+        if (!m_sprites->checkSave(version))
+            return;
+        const QString name = Q_EMIT saveFileName(FileSprites, folder);
+        if (!name.isEmpty())
+            m_sprites->toFile(name, version, false);
+        return;
+    }
+    case FileAnimations: {
+        if (m_animations->count() == 0 || !m_animations->checkSave(0))
+            return;
+        const QString name = Q_EMIT saveFileName(FileAnimations, folder);
+        if (!name.isEmpty())
+            m_animations->toFile(name, asUtf8, false);
+        return;
+    }
+    case FileCommands:
+    case FileStates: {
+        QSyntaxTextEditor *document = file == FileCommands ? m_commands : states(index);
+        if (!document || document->isEmpty() || !document->checkSave(0))
+            return;
+        const QString name = Q_EMIT saveFileName(file, folder);
+        if (!name.isEmpty())
+            document->save(name, asUtf8, false);
+        return;
+    }
+    case FileSounds: {
+        if (m_sounds->count() == 0 || !m_sounds->checkSave(0))
+            return;
+        const QString name = Q_EMIT saveFileName(FileSounds, folder);
+        if (!name.isEmpty())
+            m_sounds->toFile(name, false);
+        return;
+    }
+    case FileDefinitions:
+        return;
+    }
+}
+
+void QProject::toFile(const QString &fileName, bool asUtf8)
+{
+    m_definitions->save(fileName, asUtf8, false);
+    bool allow = true;
+    const uint total = uint(m_states.size() + 4);
+    Q_EMIT progress(0, total, allow);
+    saveFile(FileSprites, asUtf8, 0);
+    Q_EMIT progress(1, total, allow);
+    if (type() != Character)
+        return;
+    saveFile(FileAnimations, asUtf8, 0);
+    Q_EMIT progress(2, total, allow);
+    saveFile(FileCommands, asUtf8, 0);
+    Q_EMIT progress(3, total, allow);
+    uint position = 4;
+    for (int i = 0; i < m_states.size(); ++i) {
+        saveFile(FileStates, asUtf8, i);
+        Q_EMIT progress(position++, total, allow);
+    }
+    saveFile(FileSounds, asUtf8, 0);
+    Q_EMIT progress(position, total, allow);
+}
+
+bool QProject::saveForTest(const QString &directory, const QString &name, QStringList &created)
+{
+    const QDefinitionsFiles files = m_definitions->files();
+    const QString projectDir = files.directory;
+    const QString def = directory + name + QLatin1String(".def");
+    makeFolderOf(def);
+
+    QString spriteFile = files.sprites;
+    if (type() == Stage) {
+        // The engine finds a stage's sprites by the name in its DEF: point
+        // every spr line at the copy.
+        QString text = m_definitions->text();
+        static const QRegularExpression spr(QStringLiteral("spr\\s*=\\s*[^\\r\\n]*"),
+                                            QRegularExpression::CaseInsensitiveOption);
+        text.replace(spr, QStringLiteral("spr = ") + name + QLatin1String(".sff"));
+        text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
+        QFile file(def);
+        if (file.open(QIODevice::WriteOnly))
+            file.write(m_definitions->encode(text));
+        spriteFile = name + QLatin1String(".sff");
+        created.append(def);
+        created.append(directory + spriteFile);
+    } else {
+        m_definitions->save(def, false, true);
+    }
+
+    bool allow = true;
+    const uint total = uint(files.palettes.size() + files.states.size() + 4);
+    Q_EMIT progress(0, total, allow);
+
+    const auto copyFromProject = [&projectDir](const QString &relative, const QString &target) {
+        const QString source = findFile(projectDir, relative);
+        if (isFile(source)) {
+            makeFolderOf(target);
+            QFile::remove(target);
+            QFile::copy(source, target);
+        }
+    };
+
+    const QString sprites = directory + spriteFile;
+    makeFolderOf(sprites);
+    if (m_sprites->count() > 0)
+        m_sprites->toFile(sprites, 0, true);
+    else
+        copyFromProject(files.sprites, sprites);
+    // From here the dialog shows a busy bar; the positions after this mean nothing.
+    Q_EMIT progress(0, 0, allow);
+    if (type() != Character)
+        return true;
+
+    for (int i = 0; i < files.palettes.size(); ++i) {
+        const QString path = directory + files.palettes.at(i);
+        // TODO: write palette 1,i+1 of the sprites when the set holds it in memory.
+        copyFromProject(files.palettes.at(i), path);
+    }
+
+    const QString animations = directory + files.animations;
+    if (!m_animations->isEmpty()) {
+        makeFolderOf(animations);
+        m_animations->toFile(animations, false, true);
+    } else {
+        copyFromProject(files.animations, animations);
+    }
+    const QString sounds = directory + files.sounds;
+    if (m_sounds->count() > 0) {
+        makeFolderOf(sounds);
+        m_sounds->toFile(sounds, true);
+    } else {
+        copyFromProject(files.sounds, sounds);
+    }
+    const QString commands = directory + files.commands;
+    if (!m_commands->isEmpty()) {
+        makeFolderOf(commands);
+        m_commands->save(commands, false, true);
+    } else {
+        copyFromProject(files.commands, commands);
+    }
+
+    for (const QString &state : files.states) {
+        const QString target = directory + state;
+        const QString suffix = QLatin1Char('/') + state;
+        QSyntaxTextEditor *document = nullptr;
+        for (QSyntaxTextEditor *candidate : std::as_const(m_states)) {
+            if (candidate->fileName().endsWith(suffix, Qt::CaseInsensitive)) {
+                document = candidate;
+                break;
+            }
+        }
+        if (document) {
+            makeFolderOf(target);
+            document->save(target, false, true);
+        } else {
+            copyFromProject(state, target);
+        }
+    }
+    return true;
+}

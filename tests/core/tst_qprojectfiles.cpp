@@ -1,0 +1,282 @@
+#include "core/animation/qanimations.h"
+#include "core/app/qproject.h"
+#include "core/base/filelookup.h"
+#include "core/base/qcodepages.h"
+#include "core/base/quserprompt.h"
+#include "core/sprites/qsprites.h"
+#include "core/text/qcommand.h"
+#include "core/text/qcommands.h"
+#include "core/text/qdefinitions.h"
+#include "testsupport.h"
+
+#include <QDirIterator>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QtTest>
+
+using TestSupport::readFile;
+using TestSupport::writeFile;
+
+class tst_QProjectFiles : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QString path(const QString &relative) const { return m_dir.filePath(relative); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        buildCodecNames();
+        registerAnimationElements();
+        registerCommandElements();
+        registerNameCommentElements();
+    }
+
+    void cleanupTestCase()
+    {
+        releaseAnimationElements();
+        releaseCommandElements();
+        releaseNameCommentElements();
+    }
+
+    void corpusDefinitionsOpen_data()
+    {
+        QTest::addColumn<QString>("def");
+        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.def")});
+        if (files.isEmpty())
+            QSKIP("the corpus isn't there");
+        for (const QString &file : files)
+            QTest::newRow(qPrintable(file.mid(TestSupport::corpusDir().size() + 1))) << file;
+    }
+
+    void corpusDefinitionsOpen()
+    {
+        QFETCH(QString, def);
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QCOMPARE(project.definitions()->directory(), QFileInfo(def).absolutePath());
+        const QDefinitionsFiles files = project.definitions()->files();
+        const QString text = project.definitions()->text().toLower();
+        // The kind comes from the first of these sections the text has.
+        const int expected = text.contains(QLatin1String("[files]")) ? Character
+            : text.contains(QLatin1String("[bgdef]")) ? Stage
+            : text.contains(QLatin1String("[scenedef]")) ? Storyboard
+            : text.contains(QLatin1String("[def]")) ? Font : Character;
+        QCOMPARE(project.type(), expected);
+        if (project.type() == Character) {
+            // Every state file that exists, whatever its case, became a document.
+            int found = 0;
+            for (const QString &state : files.states)
+                found += QFileInfo(findFile(files.directory, state)).isFile();
+            QCOMPARE(project.statesCount(), found);
+            if (QFileInfo(findFile(files.directory, files.commands)).isFile() && !files.commands.isEmpty())
+                QVERIFY(!project.commands()->isEmpty());
+            if (QFileInfo(findFile(files.directory, files.animations)).isFile() && !files.animations.isEmpty())
+                QVERIFY(project.animations()->count() > 0);
+        } else if (project.type() != Font) {
+            // Stages and storyboards keep their animations in the DEF.
+            QCOMPARE(static_cast<QSyntaxTextEditor *>(project.animations()->editor()),
+                     static_cast<QSyntaxTextEditor *>(project.definitions()));
+        }
+        QVERIFY(!project.definitions()->isModified());
+    }
+
+    void windowsNamesAreFound()
+    {
+        const QString corpus = TestSupport::corpusDir();
+        if (corpus.isEmpty())
+            QSKIP("the corpus isn't there");
+        // GORO.DEF names sp.st and pit.st; the files are Sp.st and Pit.st.
+        QProject goro(0, true);
+        QVERIFY(goro.fromFile(corpus + QStringLiteral("/goro/data/chars/GORO/GORO.DEF"), 0, false, false));
+        QStringList titles;
+        for (int i = 0; i < goro.statesCount(); ++i)
+            titles.append(goro.states(i)->title());
+        QVERIFY2(titles.contains(QStringLiteral("Sp.st")) && titles.contains(QStringLiteral("Pit.st")),
+                 qPrintable(titles.join(QLatin1Char(','))));
+        // A save writes back to the file found.
+        QVERIFY(goro.states(0)->fileName().startsWith(corpus));
+        QVERIFY(QFileInfo::exists(goro.states(0)->fileName()));
+    }
+
+    void aStageKeepsItsAnimationsInTheDef()
+    {
+        const QString def = TestSupport::corpusDir() + QStringLiteral("/ikemen-screenpack/stages/interactivestage.def");
+        if (!QFileInfo::exists(def))
+            QSKIP("the corpus isn't there");
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QCOMPARE(project.type(), int(Stage));
+        QVERIFY(project.animations()->count() > 0);
+        // Opening it changed nothing.
+        QVERIFY(!project.definitions()->isModified());
+    }
+
+    void anEmptyFilesSectionOpensBlank()
+    {
+        const QString def = path(QStringLiteral("empty/empty.def"));
+        QVERIFY(writeFile(def, "[Info]\r\nname = \"Nobody\"\r\n[Files]\r\n"));
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QCOMPARE(project.definitions()->name(), QStringLiteral("Nobody"));
+        QVERIFY(project.sprites()->isEmpty());
+        QVERIFY(project.animations()->isEmpty());
+        QVERIFY(project.commands()->isEmpty());
+        QCOMPARE(project.statesCount(), 0);
+    }
+
+    void aStopKeepsWhatWasLoaded()
+    {
+        const QString def = path(QStringLiteral("stop/a.def"));
+        QVERIFY(writeFile(def, "[Files]\r\ncmd = a.cmd\r\nst = a.cns\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("stop/a.cmd")), "[Command]\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("stop/a.cns")), "[Statedef 0]\r\n"));
+        QProject project(0, true);
+        QList<uint> positions;
+        connect(&project, &QProject::progress, this, [&positions](uint pos, uint max, bool &allow) {
+            positions.append(pos);
+            if (pos == 0)
+                QCOMPARE(max, 5u);
+            // Stop after the commands.
+            allow = pos < 4;
+        });
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QCOMPARE(positions, QList<uint>({0, 1, 2, 3, 4}));
+        QVERIFY(!project.commands()->isEmpty());
+        QCOMPARE(project.statesCount(), 0);
+    }
+
+    void backupsCopyEveryFileRead()
+    {
+        const QString def = path(QStringLiteral("backed/kfm.def"));
+        QVERIFY(writeFile(def, "[Files]\r\ncmd = sub\\kfm.cmd\r\nst = kfm.cns\r\nanim = missing.air\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("backed/Sub/KFM.cmd")), "; cmd\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("backed/kfm.cns")), "; cns\r\n"));
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, true, false));
+        const QStringList stamps = QDir(path(QStringLiteral("backed/backup"))).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        QCOMPARE(stamps.size(), 1);
+        const QString folder = path(QStringLiteral("backed/backup/")) + stamps.first() + QLatin1Char('/');
+        QCOMPARE(readFile(folder + QStringLiteral("kfm.def")), readFile(def));
+        QCOMPARE(readFile(folder + QStringLiteral("Sub/KFM.cmd")), QByteArray("; cmd\r\n"));
+        QCOMPARE(readFile(folder + QStringLiteral("kfm.cns")), QByteArray("; cns\r\n"));
+    }
+
+    void saveOfANewProjectAsksButWritesNoDef()
+    {
+        QProject project(0, true);
+        project.setSetting(QStringLiteral("proj_path"), m_dir.path());
+        QTextCursor(project.commands()->document()).insertText(QStringLiteral("[Command]\nname = \"x\"\n"));
+        QList<int> asked;
+        connect(&project, &QProject::saveFileName, this, [&asked, this](QProjectFileType file, const QString &folder) {
+            asked.append(int(file));
+            return folder + QStringLiteral("/new.") + QString::number(int(file));
+        });
+        QVERIFY(project.save());
+        // Sprites and animations had nothing; only the commands asked for a name.
+        QCOMPARE(asked, QList<int>({int(FileCommands)}));
+        QCOMPARE(readFile(path(QStringLiteral("new.3"))), QByteArray("[Command]\r\nname = \"x\"\r\n"));
+        QVERIFY(project.definitions()->fileName().isEmpty());
+        QVERIFY(!project.commands()->isModified());
+        // A second save writes to the name it has, without asking.
+        QTextCursor(project.commands()->document()).insertText(QStringLiteral("; top\n"));
+        QVERIFY(project.save());
+        QCOMPARE(asked.size(), 1);
+        QVERIFY(readFile(path(QStringLiteral("new.3"))).startsWith("; top\r\n"));
+    }
+
+    void saveAsAsksForEveryDocument()
+    {
+        QProject project(0, true);
+        QTextCursor(project.definitions()->document()).insertText(QStringLiteral("[Files]\n"));
+        QTextCursor(project.commands()->document()).insertText(QStringLiteral("; cmd\n"));
+        QTextCursor(project.addState(QStringLiteral("a.cns"))->document()).insertText(QStringLiteral("; a\n"));
+        project.addState(QStringLiteral("empty.cns"));
+        QTextCursor(project.animationText()->document()).insertText(QStringLiteral("[Begin Action 0]\n0,0, 0,0, 5\n"));
+        QStringList asked;
+        connect(&project, &QProject::saveFileName, this, [&asked, this](QProjectFileType file, const QString &) {
+            asked.append(QString::number(int(file)));
+            return path(QStringLiteral("as/doc%1.%2").arg(asked.size()).arg(int(file)));
+        });
+        QDir().mkpath(path(QStringLiteral("as")));
+        project.toFile(path(QStringLiteral("as/p.def")), true);
+        // The empty state document and the empty sprites and sounds ask nothing.
+        QCOMPARE(asked, QStringList({QStringLiteral("2"), QStringLiteral("3"), QStringLiteral("4")}));
+        QCOMPARE(readFile(path(QStringLiteral("as/p.def"))), QByteArray("[Files]\r\n"));
+        QCOMPARE(readFile(path(QStringLiteral("as/doc1.2"))), QByteArray("[Begin Action 0]\r\n0,0, 0,0, 5\r\n"));
+        QCOMPARE(readFile(path(QStringLiteral("as/doc3.4"))), QByteArray("; a\r\n"));
+    }
+
+    void testCopiesOfACharacter()
+    {
+        const QString def = path(QStringLiteral("char/kfm.def"));
+        QVERIFY(writeFile(def, "[Files]\r\nsprite = kfm.sff\r\nanim = kfm.air\r\ncmd = kfm.cmd\r\n"
+                               "st = states\\kfm.cns\r\nst2 = other\\KFM.cns\r\nstcommon = common1.cns\r\npal1 = kfm.act\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("char/kfm.sff")), "SFF"));
+        QVERIFY(writeFile(path(QStringLiteral("char/kfm.act")), QByteArray(768, 'p')));
+        QVERIFY(writeFile(path(QStringLiteral("char/kfm.air")), "[Begin Action 0]\r\n0,0, 0,0, 5\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("char/kfm.cmd")), "; cmd\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("char/states/kfm.cns")), "; first\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("char/other/kfm.cns")), "; second\r\n"));
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QCOMPARE(project.statesCount(), 2);
+        // An edit that isn't saved goes into the copy, not into the project's files.
+        QTextCursor(project.states(0)->document()).insertText(QStringLiteral("; edited\n"));
+
+        QStringList created;
+        const QString target = path(QStringLiteral("mugen/chars/_test/"));
+        QVERIFY(project.saveForTest(target, QStringLiteral("_test"), created));
+        QVERIFY(created.isEmpty());
+        QCOMPARE(readFile(target + QStringLiteral("_test.def")), readFile(def));
+        // Files with nothing in memory are copied from the project's folder.
+        QCOMPARE(readFile(target + QStringLiteral("kfm.sff")), QByteArray("SFF"));
+        QCOMPARE(readFile(target + QStringLiteral("kfm.act")), QByteArray(768, 'p'));
+        QCOMPARE(readFile(target + QStringLiteral("kfm.air")), QByteArray("[Begin Action 0]\r\n0,0, 0,0, 5\r\n"));
+        QCOMPARE(readFile(target + QStringLiteral("states/kfm.cns")), QByteArray("; edited\r\n; first\r\n"));
+        // "other/KFM.cns" finds its document without regard to case.
+        QCOMPARE(readFile(target + QStringLiteral("other/KFM.cns")), QByteArray("; second\r\n"));
+        QVERIFY(!QFileInfo::exists(target + QStringLiteral("common1.cns")));
+        // The project itself didn't change.
+        QVERIFY(project.states(0)->isModified());
+        QCOMPARE(readFile(path(QStringLiteral("char/states/kfm.cns"))), QByteArray("; first\r\n"));
+    }
+
+    void sameBareNamesMatchTheFirstDocument()
+    {
+        const QString def = path(QStringLiteral("twice/t.def"));
+        QVERIFY(writeFile(def, "[Files]\r\nst = a/x.cns\r\nst2 = b/x.cns\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("twice/a/x.cns")), "; a\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("twice/b/x.cns")), "; b\r\n"));
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QStringList created;
+        const QString target = path(QStringLiteral("twice-out/"));
+        QVERIFY(project.saveForTest(target, QStringLiteral("t"), created));
+        QCOMPARE(readFile(target + QStringLiteral("a/x.cns")), QByteArray("; a\r\n"));
+        QCOMPARE(readFile(target + QStringLiteral("b/x.cns")), QByteArray("; b\r\n"));
+    }
+
+    void testCopiesOfAStageRewriteEverySprLine()
+    {
+        const QString def = path(QStringLiteral("stage/mine.def"));
+        QVERIFY(writeFile(def, "[Info]\r\nname = \"Mine\"\r\n[BGdef]\r\nspr = stages/mine.sff\r\n"
+                               "[BG 1]\r\nSPR  =  other.sff\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("stage/mine.sff")), "SFF"));
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QCOMPARE(project.type(), int(Stage));
+        QStringList created;
+        const QString target = path(QStringLiteral("mugen/stages/"));
+        QVERIFY(project.saveForTest(target, QStringLiteral("_test"), created));
+        QCOMPARE(readFile(target + QStringLiteral("_test.def")),
+                 QByteArray("[Info]\r\nname = \"Mine\"\r\n[BGdef]\r\nspr = _test.sff\r\n[BG 1]\r\nspr = _test.sff\r\n"));
+        QCOMPARE(readFile(target + QStringLiteral("_test.sff")), QByteArray("SFF"));
+        QCOMPARE(created, QStringList({target + QStringLiteral("_test.def"), target + QStringLiteral("_test.sff")}));
+    }
+};
+
+QTEST_MAIN(tst_QProjectFiles)
+#include "tst_qprojectfiles.moc"
