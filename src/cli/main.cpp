@@ -1,10 +1,14 @@
 #include "cliapp.h"
 #include "verbs.h"
 
+#include "core/animation/qanimationelements.h"
 #include "core/base/apppaths.h"
 #include "core/base/qcodepages.h"
 #include "core/base/qmugenmodel.h"
+#include "core/text/qcommand.h"
 
+#include <QDir>
+#include <QFile>
 #include <QGuiApplication>
 
 int main(int argc, char **argv)
@@ -14,6 +18,14 @@ int main(int argc, char **argv)
     // another one is asked for.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Without a desktop session there is no runtime folder, and Qt would
+    // warn of it at every run: make a private one, as the session would.
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+        const QString runtime = QDir::tempPath() + QStringLiteral("/kestrada-runtime-") + qEnvironmentVariable("USER");
+        QDir().mkpath(runtime);
+        QFile::setPermissions(runtime, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        qputenv("XDG_RUNTIME_DIR", runtime.toLocal8Bit());
+    }
     QGuiApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("kestrada"));
 
@@ -24,6 +36,9 @@ int main(int argc, char **argv)
     settings.load(settingsFileForRead(QStringLiteral("config.xml")));
     configuration = &settings;
     buildCodecNames();
+    registerAnimationElements();
+    registerCommandElements();
+    registerNameCommentElements();
 
     Cli::registerFormats();
     Cli::registerVerbs();

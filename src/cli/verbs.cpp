@@ -1,6 +1,7 @@
 #include "verbs.h"
 
 #include "cliapp.h"
+#include "textverbs.h"
 
 #include "core/base/qmugenmodel.h"
 
@@ -27,23 +28,28 @@ bool readable(const QString &verb, const QString &path)
 }
 
 /**
- * The format of `path` if it has `handler`; otherwise says why not, with
- * `missing` taking the path and the format's name.
+ * The first format of `path` that has `handler`: one kind of file may be
+ * served by several formats, each with some of the verbs. Otherwise says
+ * why not, with `missing` taking the path and the format's name.
  */
 template <typename Handler>
 const Format *formatWith(const QString &verb, const QString &path, Handler Format::*handler,
                          const char *missing)
 {
-    const Format *format = formatFor(path);
-    if (!format) {
+    const Format *first = nullptr;
+    for (const Format &format : allFormats()) {
+        if (!format.matches || !format.matches(path))
+            continue;
+        if (format.*handler)
+            return &format;
+        if (!first)
+            first = &format;
+    }
+    if (!first)
         error(verb, QStringLiteral("%1: this kind of file isn't supported").arg(path));
-        return nullptr;
-    }
-    if (!(format->*handler)) {
-        error(verb, QString::fromLatin1(missing).arg(path, format->name));
-        return nullptr;
-    }
-    return format;
+    else
+        error(verb, QString::fromLatin1(missing).arg(path, first->name));
+    return nullptr;
 }
 
 int runInfo(const Command &command)
@@ -113,7 +119,7 @@ int runSave(const Command &command)
             return UsageError;
         }
     }
-    if (formatFor(outPath) != format) {
+    if (!format->matches(outPath)) {
         error(QStringLiteral("save"), QStringLiteral("%1: the output must be a %2 too").arg(outPath, format->name));
         return UsageError;
     }
@@ -190,6 +196,7 @@ void registerFormats()
     configurationFormat.info = configurationInfo;
     configurationFormat.save = configurationSave;
     registerFormat(configurationFormat);
+    registerTextFormats();
 }
 
 void registerVerbs()

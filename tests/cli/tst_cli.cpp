@@ -153,13 +153,79 @@ private Q_SLOTS:
         QVERIFY(result.err.contains("the output must be a configuration file too"));
     }
 
+    void animationInfo()
+    {
+        const QString air = TestSupport::corpusDir() + QStringLiteral("/elecbyte-mugen10/chars/kfm/kfm.air");
+        if (!QFileInfo::exists(air))
+            QSKIP("the corpus isn't there");
+        Result result = run({QStringLiteral("info"), air, QStringLiteral("--json")});
+        QCOMPARE(result.code, 0);
+        const QJsonObject object = QJsonDocument::fromJson(result.out).object();
+        const QJsonArray actions = object.value(QStringLiteral("actions")).toArray();
+        QCOMPARE(actions.size(), 117);
+        const QJsonObject stand = actions.at(0).toObject();
+        QCOMPARE(stand.value(QStringLiteral("number")).toInt(), 0);
+        QCOMPARE(stand.value(QStringLiteral("name")).toString(), QStringLiteral("Standing Animation"));
+        QCOMPARE(stand.value(QStringLiteral("frames")).toInt(), 11);
+        const QJsonObject box = stand.value(QStringLiteral("boxes")).toArray().at(0).toObject();
+        QCOMPARE(box.value(QStringLiteral("type")).toString(), QStringLiteral("Clsn2Default"));
+        QCOMPARE(box.value(QStringLiteral("rect")).toObject().value(QStringLiteral("top")).toInt(), -79);
+
+        result = run({QStringLiteral("info"), air});
+        QCOMPARE(result.code, 0);
+        QVERIFY(result.out.startsWith("Animations: 117\n  0 \"Standing Animation\": 11 frames\n"));
+        // No display, and no warning of a missing runtime folder either.
+        QVERIFY2(result.err.isEmpty(), result.err.constData());
+    }
+
+    void projectInfo()
+    {
+        const QString def = TestSupport::corpusDir() + QStringLiteral("/goro/data/chars/GORO/GORO.DEF");
+        if (!QFileInfo::exists(def))
+            QSKIP("the corpus isn't there");
+        const Result result = run({QStringLiteral("info"), def, QStringLiteral("--json")});
+        QCOMPARE(result.code, 0);
+        const QJsonObject object = QJsonDocument::fromJson(result.out).object();
+        QCOMPARE(object.value(QStringLiteral("kind")).toString(), QStringLiteral("character"));
+        QVERIFY(!object.value(QStringLiteral("name")).toString().isEmpty());
+        // "sp.st" is found as "Sp.st".
+        bool foundSp = false;
+        for (const QJsonValue &value : object.value(QStringLiteral("files")).toArray()) {
+            const QJsonObject file = value.toObject();
+            if (file.value(QStringLiteral("name")).toString() == QLatin1String("sp.st")) {
+                foundSp = file.value(QStringLiteral("found")).toBool()
+                    && file.value(QStringLiteral("path")).toString().endsWith(QLatin1String("/Sp.st"));
+            }
+        }
+        QVERIFY(foundSp);
+        QCOMPARE(object.value(QStringLiteral("counts")).toObject().value(QStringLiteral("states")).toInt(), 4);
+    }
+
+    void savingText()
+    {
+        const QString in = m_dir.filePath(QStringLiteral("latin.cns"));
+        QByteArray text;
+        for (int i = 0; i < 10; ++i)
+            text += "; se\xf1or \xe9l\xe8ve caf\xe9\n[Statedef 0]\n";
+        QVERIFY(TestSupport::writeFile(in, text));
+        const QString out = m_dir.filePath(QStringLiteral("out.cns"));
+        Result result = run({QStringLiteral("save"), in, out});
+        QCOMPARE(result.code, 0);
+        QByteArray crlf = text;
+        crlf.replace("\n", "\r\n");
+        QCOMPARE(TestSupport::readFile(out), crlf);
+        result = run({QStringLiteral("save"), in, out, QStringLiteral("--utf8")});
+        QCOMPARE(result.code, 0);
+        QVERIFY(TestSupport::readFile(out).startsWith("; se\xc3\xb1or \xc3\xa9l\xc3\xa8ve"));
+    }
+
     void checkNeedsACheckableFile()
     {
         const QString path = m_dir.filePath(QStringLiteral("c.ksc3"));
         QVERIFY(QMugenModel().save(path));
         const Result result = run({QStringLiteral("check"), path});
         QCOMPARE(result.code, 2);
-        QVERIFY(result.err.contains("can't be checked"));
+        QVERIFY(result.err.contains("a configuration file can't be checked"));
     }
 };
 
