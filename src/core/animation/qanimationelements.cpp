@@ -142,6 +142,7 @@ void QAnimationFrame::release()
     m_flip = 0;
     m_blend = QAnimationFrameBlend::None;
     m_blendTarget = QBlendTarget();
+    m_targetFromLine = false;
     m_scaleX = m_scaleY = m_angle = 0;
     QTextElementPool<QAnimationFrame>::give(this);
 }
@@ -173,6 +174,7 @@ void QAnimationFrame::update(const QList<QTextElementToken> &tokens)
         const QString word = tokens.at(p).text;
         if (word.startsWith(QLatin1Char('a'), Qt::CaseInsensitive)) {
             m_blend = QAnimationFrameBlend::Addition;
+            m_targetFromLine = true;
             if (word.size() == 1) {
                 m_blendTarget = QBlendTarget();
             } else if (word.size() == 2) {
@@ -183,6 +185,8 @@ void QAnimationFrame::update(const QList<QTextElementToken> &tokens)
                 const QRegularExpressionMatch match = pattern.match(word);
                 if (match.hasMatch())
                     m_blendTarget = QBlendTarget{quint16(match.captured(1).toUInt()), quint16(match.captured(2).toUInt())};
+                else
+                    m_targetFromLine = false;
             }
         } else if (word.compare(QLatin1String("s"), Qt::CaseInsensitive) == 0) {
             m_blend = QAnimationFrameBlend::Subtraction;
@@ -277,8 +281,10 @@ void QAnimationFrame::setValues(int group, int index, int x, int y, int time, ui
     m_time = time;
     m_flip = flip & 3;
     m_blend = blend;
-    if (blend == QAnimationFrameBlend::Addition)
+    if (blend == QAnimationFrameBlend::Addition) {
         m_blendTarget = target;
+        m_targetFromLine = true;
+    }
     m_scaleX = scaleX;
     m_scaleY = scaleY;
     m_angle = angle;

@@ -105,6 +105,12 @@ public:
     uint flip() const { return m_flip; }
     QAnimationFrameBlend blend() const { return m_blend; }
     QBlendTarget blendTarget() const { return m_blendTarget; }
+    /**
+     * Whether the line gave the blend target. An "A..." word that fits no
+     * form keeps the target the frame had before, which the text alone
+     * doesn't tell.
+     */
+    bool blendTargetFromLine() const { return m_targetFromLine; }
     /** 0 when the line states no scale (drawn as 1). */
     double scaleX() const { return m_scaleX; }
     double scaleY() const { return m_scaleY; }
@@ -161,6 +167,7 @@ private:
     uint m_flip = 0;
     QAnimationFrameBlend m_blend = QAnimationFrameBlend::None;
     QBlendTarget m_blendTarget;
+    bool m_targetFromLine = false;
     double m_scaleX = 0;
     double m_scaleY = 0;
     double m_angle = 0;

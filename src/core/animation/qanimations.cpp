@@ -503,7 +503,7 @@ QString dumpAnimations(const QAnimations &animations)
             QString line = QStringLiteral("  %1,%2 %3,%4 t%5 f%6 b%7").arg(frame->spriteGroup()).arg(frame->spriteIndex())
                                .arg(frame->offsetX()).arg(frame->offsetY()).arg(frame->time()).arg(frame->flip())
                                .arg(int(frame->blend()));
-            if (frame->blend() == QAnimationFrameBlend::Addition)
+            if (frame->blend() == QAnimationFrameBlend::Addition && frame->blendTargetFromLine())
                 line += QStringLiteral(" %1/%2").arg(frame->blendTarget().source).arg(frame->blendTarget().destination);
             if (frame->scaleX() != 0 || frame->scaleY() != 0 || frame->angle() != 0)
                 line += QStringLiteral(" s%1,%2 a%3").arg(frame->scaleX()).arg(frame->scaleY()).arg(frame->angle());
