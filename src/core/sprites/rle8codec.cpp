@@ -4,7 +4,14 @@
 #include "imagecodecs.h"
 #include "imagecodecs_p.h"
 
+#include <QtAlgorithms>
+
 #include <cstring>
+
+#if defined(__SSE2__) || defined(_M_X64) || (defined(_M_IX86_FP) && _M_IX86_FP >= 2)
+#include <emmintrin.h>
+#define KESTRADA_RLE8_SSE2 1
+#endif
 
 using namespace ImageCodecsPrivate;
 
@@ -16,80 +23,121 @@ constexpr int MaxRun = 63;
 
 } // namespace
 
-QByteArray decodeRle8(const QByteArray &data, const QImageInfo &info)
+namespace {
+
+/**
+ * Decodes RLE8 packets into [out, outEnd) as one stretch of pixels; runs
+ * span what would be line ends. Returns where the data ended; the rest of
+ * the buffer is left as it was.
+ */
+uchar *decodeFlat(const uchar *in, const uchar *const end, uchar *out, uchar *const outEnd)
 {
-    qsizetype stride = info.bytesPerLine();
-    const qsizetype size = stride * info.height;
-    // A format without a depth has no lines to wrap at: the bytes run on
-    // through the whole buffer.
-    qsizetype lineBytes = qsizetype(info.depth()) * info.width / 8;
-    if (lineBytes <= 0)
-        lineBytes = stride = size;
-    if (data.isEmpty() || size <= 0 || !dataCanFill(lineBytes * (size / stride), data.size(), MaxRun, 2))
-        return QByteArray();
-    QByteArray pixels(size, '\0');
-    uchar *line = reinterpret_cast<uchar *>(pixels.data());
-    uchar *const lastLine = line + size - stride;
-    uchar *out = line;
-    uchar *lineEnd = line + lineBytes;
-
-    // Writes a run across line ends; false once the image is full.
-    auto writeRun = [&](uchar value, qsizetype count) {
-        while (count > 0) {
-            if (out == lineEnd) {
-                if (line == lastLine)
-                    return false;
-                line += stride;
-                lineEnd = line + lineBytes;
-                out = line;
-            }
-            const qsizetype n = qMin(count, qsizetype(lineEnd - out));
-            std::memset(out, value, size_t(n));
-            out += n;
-            count -= n;
+#ifdef KESTRADA_RLE8_SSE2
+    // Sixteen bytes at a time: the single pixels before the next run are
+    // stored as they stand, and the run right after them as sixteen (or
+    // sixty-four) bytes of its value. What lands beyond the packet is
+    // written over by what follows; the buffer keeps room for a whole run.
+    const __m128i flagMask = _mm_set1_epi8(char(RunMask));
+    const __m128i flag = _mm_set1_epi8(char(RunFlag));
+    while (end - in >= 18 && outEnd - out >= 16 + 64) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in));
+        const int runs = _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_and_si128(bytes, flagMask), flag));
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(out), bytes);
+        if (runs == 0) {
+            in += 16;
+            out += 16;
+            continue;
         }
-        return true;
-    };
-
-    const uchar *in = reinterpret_cast<const uchar *>(data.constData());
-    const uchar *const end = in + data.size();
-    while (in < end) {
-        // Away from the ends of the data and of the line, a packet is read
-        // without branches, and written as sixteen bytes of its value, of
-        // which those beyond it are written over by the pixels that follow.
-        // Single pixels and short runs, nearly all packets, take just that.
-        while (end - in >= 2 && lineEnd - out >= 16) {
-            // Masks rather than conditions: the kind of packet is as good as
-            // random, and a mispredicted branch costs more than the packet.
-            const uint b = in[0];
-            const uint run = (b & RunMask) == RunFlag;
-            const uint isRun = 0u - run;
-            const uint value = (in[1] & isRun) | (b & ~isRun);
-            const qsizetype count = qsizetype(((b & MaxRun) & isRun) | (1u & ~isRun));
-            in += 1 + run;
-            const quint64 word = value * Q_UINT64_C(0x0101010101010101);
-            std::memcpy(out, &word, 8);
-            std::memcpy(out + 8, &word, 8);
-            if (count > 16 && !writeRun(uchar(value), count))
-                return pixels;
-            out += count > 16 ? 0 : count;
+        const int singles = int(qCountTrailingZeroBits(quint32(runs)));
+        in += singles;
+        out += singles;
+        const int count = in[0] & MaxRun;
+        const __m128i run = _mm_set1_epi8(char(in[1]));
+        in += 2;
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(out), run);
+        if (count > 16) {
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 16), run);
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 32), run);
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 48), run);
         }
-        if (in == end)
-            break;
+        out += count;
+    }
+#else
+    // A packet is read without branches and written as sixteen bytes of its
+    // value, of which those beyond it are written over by what follows.
+    while (end - in >= 2 && outEnd - out >= 64) {
+        // Masks rather than conditions: the kind of packet is as good as
+        // random, and a mispredicted branch costs more than the packet.
+        const uint b = in[0];
+        const uint run = (b & RunMask) == RunFlag;
+        const uint isRun = 0u - run;
+        const uint value = (in[1] & isRun) | (b & ~isRun);
+        const qsizetype count = qsizetype(((b & MaxRun) & isRun) | (1u & ~isRun));
+        in += 1 + run;
+        const quint64 word = value * Q_UINT64_C(0x0101010101010101);
+        std::memcpy(out, &word, 8);
+        std::memcpy(out + 8, &word, 8);
+        if (count > 16)
+            std::memset(out + 16, int(value), size_t(count - 16));
+        out += count;
+    }
+#endif
+    // Near the ends, packet by packet with every bound checked.
+    while (in < end && out < outEnd) {
         uchar value = *in++;
         qsizetype count = 1;
         if ((value & RunMask) == RunFlag) {
             if (in == end)
                 break;
-            count = value & MaxRun;
+            count = qMin<qsizetype>(value & MaxRun, outEnd - out);
             value = *in++;
         }
-        if (!writeRun(value, count))
-            return pixels;
+        std::memset(out, value, size_t(count));
+        out += count;
     }
-    // The data ended early: nothing follows to write over the bytes stored
-    // beyond the last packet.
-    std::memset(out, 0, size_t(qMin<qsizetype>(16, lineEnd - out)));
+    return out;
+}
+
+} // namespace
+
+QByteArray decodeRle8(const QByteArray &data, const QImageInfo &info)
+{
+    const qsizetype stride = info.bytesPerLine();
+    const qsizetype size = stride * info.height;
+    // A format without a depth has no lines to wrap at: the bytes run on
+    // through the whole buffer.
+    qsizetype lineBytes = qsizetype(info.depth()) * info.width / 8;
+    if (lineBytes <= 0 || lineBytes > stride)
+        lineBytes = stride;
+    const qsizetype lines = stride > 0 ? size / stride : 0;
+    const qsizetype pixelBytes = lineBytes * lines;
+    if (data.isEmpty() || size <= 0 || !dataCanFill(pixelBytes, data.size(), MaxRun, 2))
+        return QByteArray();
+
+    const uchar *in = reinterpret_cast<const uchar *>(data.constData());
+    const uchar *const end = in + data.size();
+    // Every byte is written below: the decoded pixels, zeros after data that
+    // ended early, and zeros in the padding of each line.
+    QByteArray pixels(size, Qt::Uninitialized);
+    uchar *const target = reinterpret_cast<uchar *>(pixels.data());
+    if (lineBytes == stride) {
+        // No padding between lines: the image is one stretch of pixels.
+        uchar *const written = decodeFlat(in, end, target, target + size);
+        // The data ended early: nothing followed to write over what the
+        // fast path stored beyond the last packet.
+        std::memset(written, 0, size_t(target + size - written));
+        return pixels;
+    }
+    // Lines with padding: decode as one stretch, then give each line its place.
+    QByteArray flat(pixelBytes, Qt::Uninitialized);
+    uchar *const flatStart = reinterpret_cast<uchar *>(flat.data());
+    uchar *const written = decodeFlat(in, end, flatStart, flatStart + pixelBytes);
+    std::memset(written, 0, size_t(flatStart + pixelBytes - written));
+    for (qsizetype line = 0; line < lines; ++line) {
+        uchar *const row = target + line * stride;
+        std::memcpy(row, flatStart + line * lineBytes, size_t(lineBytes));
+        std::memset(row + lineBytes, 0, size_t(stride - lineBytes));
+    }
     return pixels;
 }
 
