@@ -5,6 +5,7 @@
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
 #include "core/text/qcommand.h"
+#include "core/text/qmugensyntaxproperties.h"
 
 #include <QEvent>
 #include <QMenuBar>
@@ -13,6 +14,9 @@ MainWindow::MainWindow(bool firstInstance, QWidget *parent)
     : QMainWindow(parent)
 {
     setupUi();
+    // The vocabulary of engine text; a missing file leaves every controller unknown.
+    mugenSyntax = new QMugenSyntaxProperties;
+    mugenSyntax->load(applicationDir() + QStringLiteral("/syntax_mugen.xml"));
     // The kinds of lines that text documents recognise, process-wide.
     registerCommandElements();
     registerNameCommentElements();
@@ -27,6 +31,8 @@ MainWindow::~MainWindow()
     if (configuration)
         configuration->save(settingsFileForWrite(QStringLiteral("config.xml")));
     releaseCommandElements();
+    delete mugenSyntax;
+    mugenSyntax = nullptr;
     releaseNameCommentElements();
 }
 
