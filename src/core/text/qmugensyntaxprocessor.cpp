@@ -261,6 +261,8 @@ void QMugenSyntaxProcessor::highlightBlock(const QString &text)
         m_tokenStartPos = m_tokenEnd = m_lastEnd = 0;
         m_inExpression = false;
         m_splitDigits = true;
+        m_depth = 0;
+        m_abandoned = false;
         next();
         if (type() == EndOfLine) {
             // Blanks and comments: the line keeps the section it is in.
@@ -517,7 +519,7 @@ void QMugenSyntaxProcessor::addIssue(int severity, int formatIndex, const QStrin
 {
     applyFormat(formatIndex, start, length);
     // Without checking, the colours stay and the errors go.
-    if (severity == 0 && !isChecking())
+    if ((severity == 0 && !isChecking()) || m_abandoned)
         return;
     m_issues.append({severity, start, start + qMax(length, 0), text});
 }
@@ -668,9 +670,10 @@ void QMugenSyntaxProcessor::readHeader()
 
 void QMugenSyntaxProcessor::readType(int previous)
 {
-    formatToken(QSyntaxFormats::Keyword);
-    next();
-    expect(Equal, -1);
+    if (!readKey()) {
+        m_state = UnknownType;
+        return;
+    }
 
     int list = -1;
     int first = 0;
@@ -796,9 +799,8 @@ void QMugenSyntaxProcessor::readLine(int previous)
         else
             checkParam(controller->params, controller->name);
     } else if (previous > FirstBgControl && previous < FirstFontDef && (is("time") || is("ctrlid"))) {
-        formatToken(QSyntaxFormats::Keyword);
-        next();
-        expect(Equal, -1);
+        if (!readKey())
+            return;
         readIntegers(false);
     } else {
         checkParam(controller->params, controller->name);
@@ -807,12 +809,16 @@ void QMugenSyntaxProcessor::readLine(int previous)
 
 void QMugenSyntaxProcessor::readTriggerLine()
 {
+    if (readKey())
+        expression();
+}
+
+bool QMugenSyntaxProcessor::readKey()
+{
     formatToken(QSyntaxFormats::Keyword);
     next();
     // A key alone on its line is told once, not once more for its value.
-    if (!expect(Equal, -1) && type() == EndOfLine)
-        return;
-    expression();
+    return expect(Equal, -1) || type() != EndOfLine;
 }
 
 void QMugenSyntaxProcessor::readIntegers(bool slashes)
@@ -835,9 +841,8 @@ void QMugenSyntaxProcessor::readRemap()
         skipRest();
         return;
     }
-    formatToken(QSyntaxFormats::Keyword);
-    next();
-    expect(Equal, -1);
+    if (!readKey())
+        return;
     if (type() == Identifier && oneOf(word(), buttons)) {
         formatToken(QSyntaxFormats::Value);
     } else {
@@ -854,23 +859,20 @@ void QMugenSyntaxProcessor::readDefaults()
         skipRest();
         return;
     }
-    formatToken(QSyntaxFormats::Keyword);
-    next();
-    expect(Equal, -1);
+    if (!readKey())
+        return;
     expect(Integer, QSyntaxFormats::Number);
 }
 
 void QMugenSyntaxProcessor::readCommand()
 {
     if (is("name")) {
-        formatToken(QSyntaxFormats::Keyword);
-        next();
-        expect(Equal, -1);
+        if (!readKey())
+            return;
         expect(String, QSyntaxFormats::String);
     } else if (is("command")) {
-        formatToken(QSyntaxFormats::Keyword);
-        next();
-        expect(Equal, -1);
+        if (!readKey())
+            return;
         for (;;) {
             const int itemStart = m_tokenStartPos;
             if (!readCommandItem()) {
@@ -883,9 +885,8 @@ void QMugenSyntaxProcessor::readCommand()
             next();
         }
     } else if (is("time") || is("buffer.time")) {
-        formatToken(QSyntaxFormats::Keyword);
-        next();
-        expect(Equal, -1);
+        if (!readKey())
+            return;
         expect(Integer, QSyntaxFormats::Number);
     } else {
         error(-1, tr("Unknown 'Command' parameter"));
@@ -960,9 +961,8 @@ void QMugenSyntaxProcessor::readStateDef()
     for (const Choice &choice : choices) {
         if (key != QLatin1String(choice.key))
             continue;
-        formatToken(QSyntaxFormats::Keyword);
-        next();
-        expect(Equal, -1);
+        if (!readKey())
+            return;
         if (type() == Identifier && oneOf(word(), choice.values))
             formatToken(QSyntaxFormats::Value);
         else
@@ -972,9 +972,8 @@ void QMugenSyntaxProcessor::readStateDef()
         return;
     }
     if (key == QLatin1String("velset")) {
-        formatToken(QSyntaxFormats::Keyword);
-        next();
-        expect(Equal, -1);
+        if (!readKey())
+            return;
         readNumber();
         while (type() == Comma) {
             next();
@@ -982,9 +981,8 @@ void QMugenSyntaxProcessor::readStateDef()
         }
     } else if (oneOf(key, {"anim", "ctrl", "poweradd", "juggle", "facep2", "hitdefpersist", "movehitpersist",
                            "hitcountpersist", "sprpriority"})) {
-        formatToken(QSyntaxFormats::Keyword);
-        next();
-        expect(Equal, -1);
+        if (!readKey())
+            return;
         expression();
     } else {
         error(-1, tr("Unknown 'StateDef' parameter '%1'").arg(tokenText()));
@@ -1000,9 +998,8 @@ void QMugenSyntaxProcessor::readQuotes()
         skipRest();
         return;
     }
-    formatToken(QSyntaxFormats::Keyword);
-    next();
-    expect(Equal, -1);
+    if (!readKey())
+        return;
     expect(String, QSyntaxFormats::String);
 }
 
@@ -1015,9 +1012,8 @@ void QMugenSyntaxProcessor::readInfo()
         skipRest();
         return;
     }
-    formatToken(QSyntaxFormats::Keyword);
-    next();
-    expect(Equal, -1);
+    if (!readKey())
+        return;
     beginValue();
     if (text) {
         expect(String, QSyntaxFormats::String);
@@ -1051,9 +1047,8 @@ void QMugenSyntaxProcessor::readKeymap()
         skipRest();
         return;
     }
-    formatToken(QSyntaxFormats::Keyword);
-    next();
-    expect(Equal, -1);
+    if (!readKey())
+        return;
     // The palette that the button selects: kfm.def gives "x = 1".
     expect(Integer, QSyntaxFormats::Number);
 }
@@ -1099,9 +1094,7 @@ void QMugenSyntaxProcessor::readAction()
     if (oneOf(key, {"clsn1default", "clsn2default", "clsn1", "clsn2"})) {
         formatToken(QSyntaxFormats::Keyword);
         next();
-        if (type() == EndOfLine) {
-            // Blanks and comments: the line keeps the section it is in.
-        } else if (type() == OpenBracket) {
+        if (type() == OpenBracket) {
             next();
             expect(Integer, QSyntaxFormats::Number);
             expect(CloseBracket, -1);
@@ -1449,7 +1442,8 @@ void QMugenSyntaxProcessor::bitwise()
         } else if (type() == Colon) {
             // var(0) := 1, the assignment.
             next();
-            expect(Equal, -1);
+            if (!expect(Equal, -1))
+                break;
         } else {
             break;
         }
@@ -1462,22 +1456,30 @@ void QMugenSyntaxProcessor::equality()
     relational();
     while (type() == Equal || type() == NotEqual) {
         next();
-        if (type() == EndOfLine) {
-            // Blanks and comments: the line keeps the section it is in.
-        } else if (type() == OpenBracket) {
+        if (type() == OpenBracket) {
             // An interval: [a, b], [a, b), closed by either bracket.
             next();
-            relational();
-            expect(Comma, -1);
-            relational();
-            if (type() == CloseBracket || type() == CloseParen)
-                next();
-            else
-                expect(CloseBracket, -1);
+            interval();
         } else {
             relational();
         }
     }
+}
+
+void QMugenSyntaxProcessor::interval()
+{
+    relational();
+    if (!expect(Comma, -1)) {
+        // One error for a broken interval, not one for each of its parts.
+        while (type() != CloseBracket && type() != CloseParen && type() != EndOfLine)
+            next();
+    } else {
+        relational();
+    }
+    if (type() == CloseBracket || type() == CloseParen)
+        next();
+    else
+        expect(CloseBracket, -1);
 }
 
 void QMugenSyntaxProcessor::relational()
@@ -1518,6 +1520,23 @@ void QMugenSyntaxProcessor::power()
 
 void QMugenSyntaxProcessor::primary()
 {
+    // Real expressions nest a few levels; a line of thousands of brackets
+    // must not take the stack with it. What lies deeper is left unread, and
+    // the line ends in its syntax error.
+    if (m_depth >= MaxDepth) {
+        const int from = m_tokenStartPos;
+        skipRest();
+        errorAt(-1, tr("Syntax error - code ends before line"), from, m_lastEnd - from);
+        // The brackets left open on the way back are not told one by one.
+        m_abandoned = true;
+        return;
+    }
+    struct Nesting
+    {
+        int &depth;
+        explicit Nesting(int &d) : depth(++d) {}
+        ~Nesting() { --depth; }
+    } nesting(m_depth);
     switch (type()) {
     case Integer:
     case Float:
@@ -1537,6 +1556,11 @@ void QMugenSyntaxProcessor::primary()
     case Not:
         next();
         logical();
+        return;
+    case Tilde:
+        // The bitwise not binds as tightly as the minus sign.
+        next();
+        primary();
         return;
     case OpenParen:
         next();
@@ -1658,21 +1682,25 @@ void QMugenSyntaxProcessor::checkTrigger(const QSyntaxParam &trigger, const QStr
     case QSyntaxParam::ExpOpt:
         skipArguments();
         break;
+    // Without its operator an old-style clause is told once, and its
+    // values are left alone.
     case QSyntaxParam::OpInt:
     case QSyntaxParam::Op2Int2:
-        relationalOperator();
-        signedInteger();
-        secondValue();
+        if (relationalOperator()) {
+            signedInteger();
+            secondValue();
+        }
         break;
     case QSyntaxParam::OpInt2:
-        relationalOperator();
-        signedInteger();
-        expect(Comma, -1);
-        signedInteger();
+        if (relationalOperator()) {
+            signedInteger();
+            expect(Comma, -1);
+            signedInteger();
+        }
         break;
     case QSyntaxParam::OpStr:
-        relationalOperator();
-        expect(String, QSyntaxFormats::String);
+        if (relationalOperator())
+            expect(String, QSyntaxFormats::String);
         break;
     case QSyntaxParam::Value:
         readTriggerWords(trigger);
@@ -1888,17 +1916,32 @@ int QMugenSyntaxProcessor::foldLevelOf(const QTextBlock &block, const QTextEdito
     const int level = before ? before->foldLevel : 0;
     const bool previousHeader = before && before->isHeader;
     const bool previousBefore = before && before->beforeHeader;
+    const int state = block.userState();
     int result;
-    if ((!data->isHeader || previousBefore) && previousHeader)
-        result = level + 1;
-    else if (!data->beforeHeader || previousBefore)
-        result = level;
-    else if (!isStateBlock(block.userState()) && nextIsState)
-        result = level;
-    else if (isStateBlock(block.userState()) && !nextIsState)
-        result = level - 2;
-    else
-        result = level - 1;
+    if (data->isHeader && previousHeader) {
+        // The section above is empty. A [State] right under its [Statedef]
+        // goes one deeper, a [Statedef] after an empty [State] one back;
+        // other headers stay level with it, so that empty sections don't
+        // push all that follows deeper.
+        const bool stateHeader = state == StateSection;
+        const bool afterState = isStateBlock(previous.userState());
+        result = level + (stateHeader && !afterState ? 1 : 0) - (!stateHeader && afterState ? 1 : 0);
+    } else {
+        // A section's lines are one deeper than its header, and its last
+        // line comes back to the depth of the next header: that of a
+        // [State] under a [Statedef] is the [Statedef]'s lines, and after
+        // a [State] block the next [Statedef] is two back. Counted from
+        // the section's depth even when its first line is its last.
+        const int body = previousHeader ? level + 1 : level;
+        if (!data->beforeHeader || (previousBefore && !previousHeader))
+            result = body;
+        else if (!isStateBlock(state) && nextIsState)
+            result = body;
+        else if (isStateBlock(state) && !nextIsState)
+            result = body - 2;
+        else
+            result = body - 1;
+    }
     // A [State] without its [Statedef] would lead below the first level.
     return qMax(result, 0);
 }

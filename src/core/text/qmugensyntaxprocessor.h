@@ -182,6 +182,8 @@ private:
     void readType(int previous);
     void readLine(int previous);
     void readTriggerLine();
+    /** The key at the current token and its "="; false when the line ends there (already told). */
+    bool readKey();
     void readIntegers(bool slashes);
     void readRemap();
     void readDefaults();
@@ -213,6 +215,8 @@ private:
     void logical();
     void bitwise();
     void equality();
+    /** The rest of an interval after its opening bracket: two values and the closing one. */
+    void interval();
     void relational();
     void additive();
     void multiplicative();
@@ -251,6 +255,11 @@ private:
     bool m_inExpression = false;
     bool m_splitDigits = true;
     int m_state = 0;
+    /** How deep the expression being read is nested. */
+    int m_depth = 0;
+    static constexpr int MaxDepth = 100;
+    /** Set when the line was given up for its depth: nothing more is told of it. */
+    bool m_abandoned = false;
     int m_valueStart = 0;
     int m_valueIssues = 0;
     QVector<QSyntaxIssue> m_issues;
