@@ -10,6 +10,7 @@ kestrada_add_core_test(qmugensyntaxproperties)
 kestrada_add_core_test(syntaxmugen)
 # It compares data/ with the copy the programs read beside them.
 add_dependencies(tst_syntaxmugen kestrada-data)
+kestrada_add_core_test(qmugensyntaxprocessor)
 kestrada_add_core_test(syntaxreferences)
 # Writes the expected files of the syntax samples (tests/data/syntax/*.ref)
 # from what the processor does now; review the diff before committing it.

@@ -57,8 +57,8 @@ void QSyntaxProcessor::setChecking(bool checking)
     rehighlightAll();
 }
 
-QNullSyntaxProcessor::QNullSyntaxProcessor(QTextDocument *document)
-    : QSyntaxProcessor(NullKind, new QNullSyntaxHierarchy, nullptr, DefaultEngineVersion, false)
+QNullSyntaxProcessor::QNullSyntaxProcessor(QTextDocument *document, quint32 version)
+    : QSyntaxProcessor(NullKind, new QNullSyntaxHierarchy, nullptr, version, false)
 {
     attach(document);
 }

@@ -73,7 +73,8 @@ class QNullSyntaxProcessor : public QSyntaxProcessor
     Q_OBJECT
 
 public:
-    explicit QNullSyntaxProcessor(QTextDocument *document);
+    /** `version` is only kept, for the document's next processor to take. */
+    QNullSyntaxProcessor(QTextDocument *document, quint32 version);
 
 protected:
     /** Forgets whatever an earlier processor stored on the line. */

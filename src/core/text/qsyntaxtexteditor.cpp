@@ -127,13 +127,12 @@ void QSyntaxTextEditor::setLanguage(int language)
     if (m_processor && language == m_language)
         return;
     m_language = language;
-    const quint32 version = this->version();
     delete m_processor;
     // TODO: Lua text gets its own processor, with the Lua syntax.
     if (language == QSyntaxProcessor::MugenKind)
-        m_processor = new QMugenSyntaxProcessor(document(), version, m_checking);
+        m_processor = new QMugenSyntaxProcessor(document(), m_version, m_checking);
     else
-        m_processor = new QNullSyntaxProcessor(document());
+        m_processor = new QNullSyntaxProcessor(document(), m_version);
 }
 
 QSyntaxHierarchy *QSyntaxTextEditor::hierarchy() const
@@ -250,7 +249,7 @@ QString QSyntaxTextEditor::title() const
 
 quint32 QSyntaxTextEditor::version() const
 {
-    return m_processor ? m_processor->version() : m_version;
+    return m_version;
 }
 
 void QSyntaxTextEditor::setVersion(quint32 version)

@@ -121,7 +121,7 @@ private:
     int m_language = 0;
     bool m_parseElements;
     bool m_checking;
-    /** The version for a processor made before the text has one. */
+    /** The version of every processor the document has, the next one included. */
     quint32 m_version;
     int m_codepage;
 };
