@@ -197,10 +197,15 @@ QMugenSyntaxProcessor::QMugenSyntaxProcessor(QTextDocument *document, quint32 ve
     // Connected after the highlighter's own connection, so it runs once the
     // edited lines are highlighted.
     if (document)
-        connect(document, &QTextDocument::contentsChange, this, &QMugenSyntaxProcessor::settleFolding);
+        m_settling = connect(document, &QTextDocument::contentsChange, this, &QMugenSyntaxProcessor::settleFolding);
 }
 
-QMugenSyntaxProcessor::~QMugenSyntaxProcessor() = default;
+QMugenSyntaxProcessor::~QMugenSyntaxProcessor()
+{
+    // The base lets the document go after this part of the object is gone,
+    // and clearing the colours then reports a change of the document.
+    disconnect(m_settling);
+}
 
 quint32 QMugenSyntaxProcessor::packToken(int type, int start, int length)
 {

@@ -265,6 +265,8 @@ private:
     QVector<QSyntaxIssue> m_issues;
     QVector<QSyntaxParen> m_parens;
 
+    QMetaObject::Connection m_settling;
+
     // Lookups, dropped when the vocabulary is read again.
     quint32 m_generation = 0;
     QHash<const void *, std::shared_ptr<KeyIndex>> m_keyIndexes;

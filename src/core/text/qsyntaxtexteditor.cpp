@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSignalBlocker>
 #include <QTextCodec>
 #include <QTextDocument>
 
@@ -119,7 +120,24 @@ QSyntaxTextEditor::QSyntaxTextEditor(QProjectOwner *project, QProjectFileType fi
 
 QSyntaxTextEditor::~QSyntaxTextEditor()
 {
+    dropProcessor();
+}
+
+void QSyntaxTextEditor::detachProcessor()
+{
+    // A processor that lets its document go clears the colours it gave, and
+    // the document reports that as a change of all its text: nobody needs
+    // to read the text again for that.
+    const QSignalBlocker blocker(document());
+    if (m_processor)
+        m_processor->setDocument(nullptr);
+}
+
+void QSyntaxTextEditor::dropProcessor()
+{
+    detachProcessor();
     delete m_processor;
+    m_processor = nullptr;
 }
 
 void QSyntaxTextEditor::setLanguage(int language)
@@ -127,7 +145,7 @@ void QSyntaxTextEditor::setLanguage(int language)
     if (m_processor && language == m_language)
         return;
     m_language = language;
-    delete m_processor;
+    dropProcessor();
     // TODO: Lua text gets its own processor, with the Lua syntax.
     if (language == QSyntaxProcessor::MugenKind)
         m_processor = new QMugenSyntaxProcessor(document(), m_version, m_checking);
@@ -182,9 +200,10 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
         language = 2;
     // A processor of another language would colour the new text once for
     // nothing: the old one lets the document go before the text comes, and
-    // the new one reads the text once it stands.
+    // the new one reads the text once it stands. The old one stays until
+    // then, with its hierarchy, for whoever hears of the new text.
     if (language != m_language)
-        m_processor->setDocument(nullptr);
+        detachProcessor();
 
     const QString title = document()->metaInformation(QTextDocument::DocumentTitle);
     const QString url = document()->metaInformation(QTextDocument::DocumentUrl);

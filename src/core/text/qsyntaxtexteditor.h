@@ -116,6 +116,11 @@ protected:
     virtual void hierarchyChanged();
 
 private:
+    /** The processor stops following the document, which is left uncoloured. */
+    void detachProcessor();
+    /** Detaches and deletes the processor. */
+    void dropProcessor();
+
     QSyntaxProcessor *m_processor = nullptr;
     QTimer m_hierarchyTimer;
     int m_language = 0;
