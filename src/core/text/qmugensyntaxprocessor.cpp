@@ -5,6 +5,8 @@
 
 #include <QTextDocument>
 
+#include <limits>
+
 namespace {
 
 bool isBlank(QChar c)
@@ -806,7 +808,7 @@ void QMugenSyntaxProcessor::readLine(int previous)
     } else if (previous > FirstBgControl && previous < FirstFontDef && (is("time") || is("ctrlid"))) {
         if (!readKey())
             return;
-        readIntegers(false);
+        readIntegers();
     } else {
         checkParam(controller->params, controller->name);
     }
@@ -826,13 +828,10 @@ bool QMugenSyntaxProcessor::readKey()
     return expect(Equal, -1) || type() != EndOfLine;
 }
 
-void QMugenSyntaxProcessor::readIntegers(bool slashes)
+void QMugenSyntaxProcessor::readIntegers()
 {
-    expect(Integer, QSyntaxFormats::Number);
-    while (type() == Comma || (slashes && type() == Slash)) {
-        next();
-        expect(Integer, QSyntaxFormats::Number);
-    }
+    readInteger();
+    readMore(std::numeric_limits<int>::max(), [this] { readInteger(); });
 }
 
 namespace {
@@ -1039,7 +1038,7 @@ void QMugenSyntaxProcessor::readInfo()
         formatToken(QSyntaxFormats::Number);
         next();
     } else {
-        readIntegers(false);
+        readIntegers();
     }
 }
 
@@ -1216,31 +1215,26 @@ void QMugenSyntaxProcessor::checkValue(const QSyntaxParam &param)
     case QSyntaxParam::Int3:
         readItems(3, 3, integer);
         break;
-    case QSyntaxParam::IntN: {
-        const int most = qMax(1, param.extra.toInt());
+    case QSyntaxParam::IntN:
         if (type() == EndOfLine)
             break;
         integer();
-        for (int i = 1; i < most && type() == Comma; ++i) {
-            next();
-            integer();
-        }
+        readMore(qMax(1, param.extra.toInt()) - 1, integer);
         break;
-    }
     case QSyntaxParam::IntFloat3:
-        if (readItems(1, 4, integer) && type() != EndOfLine) {
+        // An integer and three numbers.
+        if (readItems(1, 4, integer)) {
+            if (type() == EndOfLine) {
+                valueWants(4);
+                break;
+            }
             expect(Comma, -1);
             readItems(3, 4, number);
-        } else if (type() == EndOfLine && m_issues.size() == m_valueIssues) {
-            valueWants(4);
         }
         break;
     case QSyntaxParam::IntFloat3Opt:
         integer();
-        for (int i = 0; i < 3 && type() == Comma; ++i) {
-            next();
-            number();
-        }
+        readMore(3, number);
         break;
     case QSyntaxParam::Float:
         number();
@@ -1250,10 +1244,7 @@ void QMugenSyntaxProcessor::checkValue(const QSyntaxParam &param)
         break;
     case QSyntaxParam::Float2Opt:
         number();
-        if (type() == Comma) {
-            next();
-            number();
-        }
+        readMore(1, number);
         break;
     case QSyntaxParam::Float3:
         readItems(3, 3, number);
@@ -1282,17 +1273,11 @@ void QMugenSyntaxProcessor::checkValue(const QSyntaxParam &param)
         break;
     case QSyntaxParam::ExpN:
         expression();
-        while (type() == Comma) {
-            next();
-            expression();
-        }
+        readMore(std::numeric_limits<int>::max(), exp);
         break;
     case QSyntaxParam::Exp2Opt:
         expression();
-        if (type() == Comma) {
-            next();
-            expression();
-        }
+        readMore(1, exp);
         break;
     case QSyntaxParam::Exp3Nil:
         if (type() == Integer && tokenText() == QLatin1String("-1") && atLastToken()) {
@@ -1348,6 +1333,15 @@ void QMugenSyntaxProcessor::checkValue(const QSyntaxParam &param)
     default:
         skipRest();
         break;
+    }
+}
+
+template <typename Item>
+void QMugenSyntaxProcessor::readMore(int most, Item item)
+{
+    for (int i = 0; i < most && type() == Comma; ++i) {
+        next();
+        item();
     }
 }
 

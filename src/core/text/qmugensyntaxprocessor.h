@@ -184,7 +184,8 @@ private:
     void readTriggerLine();
     /** The key at the current token and its "="; false when the line ends there (already told). */
     bool readKey();
-    void readIntegers(bool slashes);
+    /** Integers separated by commas. */
+    void readIntegers();
     void readRemap();
     void readDefaults();
     void readCommand();
@@ -202,6 +203,9 @@ private:
     /** `count` items separated by commas; a line that ends first wants `wanted` values. */
     template <typename Item>
     bool readItems(int count, int wanted, Item item);
+    /** Up to `most` more items, each behind a comma. */
+    template <typename Item>
+    void readMore(int most, Item item);
     /** An integer or a float, with an optional "+" or "-". */
     bool readNumber();
     /** An integer, with an optional "+" or "-". */
