@@ -820,6 +820,16 @@ void QMugenSyntaxProcessor::readTriggerLine()
         expression();
 }
 
+bool QMugenSyntaxProcessor::readKnownKey(bool known, const QString &failure)
+{
+    if (!known) {
+        error(-1, failure);
+        skipRest();
+        return false;
+    }
+    return readKey();
+}
+
 bool QMugenSyntaxProcessor::readKey()
 {
     formatToken(QSyntaxFormats::Keyword);
@@ -840,12 +850,7 @@ const std::initializer_list<const char *> buttons = {"x", "y", "z", "a", "b", "c
 
 void QMugenSyntaxProcessor::readRemap()
 {
-    if (type() != Identifier || !oneOf(word(), buttons)) {
-        error(-1, tr("Unknown 'Remap' parameter"));
-        skipRest();
-        return;
-    }
-    if (!readKey())
+    if (!readKnownKey(type() == Identifier && oneOf(word(), buttons), tr("Unknown 'Remap' parameter")))
         return;
     if (type() == Identifier && oneOf(word(), buttons)) {
         formatToken(QSyntaxFormats::Value);
@@ -858,12 +863,7 @@ void QMugenSyntaxProcessor::readRemap()
 
 void QMugenSyntaxProcessor::readDefaults()
 {
-    if (!is("command.time") && !is("command.buffer.time")) {
-        error(-1, tr("Unknown 'Defaults' parameter"));
-        skipRest();
-        return;
-    }
-    if (!readKey())
+    if (!readKnownKey(is("command.time") || is("command.buffer.time"), tr("Unknown 'Defaults' parameter")))
         return;
     expect(Integer, QSyntaxFormats::Number);
 }
@@ -997,12 +997,7 @@ void QMugenSyntaxProcessor::readStateDef()
 void QMugenSyntaxProcessor::readQuotes()
 {
     static const QRegExp victory(QStringLiteral("victory\\d{1,2}"));
-    if (type() != Identifier || !victory.exactMatch(word())) {
-        error(-1, tr("Unknown 'Quotes' parameter"));
-        skipRest();
-        return;
-    }
-    if (!readKey())
+    if (!readKnownKey(type() == Identifier && victory.exactMatch(word()), tr("Unknown 'Quotes' parameter")))
         return;
     expect(String, QSyntaxFormats::String);
 }
@@ -1011,12 +1006,8 @@ void QMugenSyntaxProcessor::readInfo()
 {
     const QString key = type() == Identifier ? word() : QString();
     const bool text = oneOf(key, {"name", "displayname", "author"});
-    if (!text && !oneOf(key, {"localcoord", "versiondate", "pal.defaults", "mugenversion"})) {
-        error(-1, tr("Unknown 'Info'' parameter"));
-        skipRest();
-        return;
-    }
-    if (!readKey())
+    const bool known = text || oneOf(key, {"localcoord", "versiondate", "pal.defaults", "mugenversion"});
+    if (!readKnownKey(known, tr("Unknown 'Info'' parameter")))
         return;
     beginValue();
     if (text) {
@@ -1046,12 +1037,7 @@ void QMugenSyntaxProcessor::readKeymap()
 {
     static const std::initializer_list<const char *> keys = {"x", "y", "z", "a", "b", "c", "x2", "y2",
                                                             "z2", "a2", "b2", "c2", "s"};
-    if (type() != Identifier || !oneOf(word(), keys)) {
-        error(-1, tr("Unknown 'Palette Keymap' parameter"));
-        skipRest();
-        return;
-    }
-    if (!readKey())
+    if (!readKnownKey(type() == Identifier && oneOf(word(), keys), tr("Unknown 'Palette Keymap' parameter")))
         return;
     // The palette that the button selects: kfm.def gives "x = 1".
     expect(Integer, QSyntaxFormats::Number);

@@ -184,6 +184,8 @@ private:
     void readTriggerLine();
     /** The key at the current token and its "="; false when the line ends there (already told). */
     bool readKey();
+    /** readKey() for a key the section knows; otherwise `failure` covers it and the line is dropped. */
+    bool readKnownKey(bool known, const QString &failure);
     /** Integers separated by commas. */
     void readIntegers();
     void readRemap();
