@@ -5,7 +5,9 @@
 #include "core/base/apppaths.h"
 #include "core/base/qcodepages.h"
 #include "core/base/qmugenmodel.h"
+#include "core/base/qsyntaxformats.h"
 #include "core/text/qcommand.h"
+#include "core/text/qmugensyntaxproperties.h"
 
 #include <QDir>
 #include <QFile>
@@ -34,15 +36,23 @@ int main(int argc, char **argv)
     // to standard error through the default console prompt.
     QMugenModel settings;
     settings.load(settingsFileForRead(QStringLiteral("config.xml")));
+    QSyntaxFormats formats;
+    syntaxFormats = &formats;
     configuration = &settings;
     buildCodecNames();
     registerAnimationElements();
     registerCommandElements();
     registerNameCommentElements();
+    // The vocabulary beside the program, as the program reads it.
+    QMugenSyntaxProperties vocabulary;
+    vocabulary.load(applicationDir() + QStringLiteral("/syntax_mugen.xml"));
+    mugenSyntax = &vocabulary;
 
     Cli::registerFormats();
     Cli::registerVerbs();
     const int code = Cli::run(QCoreApplication::arguments().mid(1));
+    mugenSyntax = nullptr;
     configuration = nullptr;
+    syntaxFormats = nullptr;
     return code;
 }

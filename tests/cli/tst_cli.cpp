@@ -219,6 +219,97 @@ private Q_SLOTS:
         QVERIFY(TestSupport::readFile(out).startsWith("; se\xc3\xb1or \xc3\xa9l\xc3\xa8ve"));
     }
 
+    void checkPrintsDiagnosticsInFileOrder()
+    {
+        const QString cns = m_dir.filePath(QStringLiteral("a.cns"));
+        QVERIFY(TestSupport::writeFile(cns, "[Statedef 0]\r\nnonsense = 1\r\n[State 0, 1]\r\ntype = HitVelSet\r\n"
+                                            "trigger1 = 1\r\n[State 0, 2]\r\ntype = Explod\r\ntrigger1 = 1\r\n"
+                                            "pos = 1\r\n"));
+        const QString air = m_dir.filePath(QStringLiteral("a.AIR"));
+        QVERIFY(TestSupport::writeFile(air, "[Begin Action 0]\n0,0, 0,0, 5, Z\n"));
+        Result result = run({QStringLiteral("check"), cns, air});
+        QCOMPARE(result.code, 1);
+        const QList<QByteArray> lines = result.out.trimmed().split('\n');
+        QCOMPARE(lines.size(), 4);
+        QCOMPARE(lines.at(0), cns.toUtf8() + ":2:1: error: Unknown 'StateDef' parameter 'nonsense'");
+        QCOMPARE(lines.at(1), cns.toUtf8() + ":4:8: warning: State controller deprecated in the M.U.G.E.N 2002.04.14");
+        QCOMPARE(lines.at(2), cns.toUtf8() + ":9:7: note: This parameter requires 2 value(s)");
+        QCOMPARE(lines.at(3), air.toUtf8() + ":2:14: error: Unknown flip type");
+
+        result = run({QStringLiteral("check"), cns, QStringLiteral("--json")});
+        QCOMPARE(result.code, 1);
+        const QJsonArray array = QJsonDocument::fromJson(result.out).array();
+        QCOMPARE(array.size(), 3);
+        const QJsonObject first = array.at(0).toObject();
+        QCOMPARE(first.value(QStringLiteral("line")).toInt(), 2);
+        QCOMPARE(first.value(QStringLiteral("column")).toInt(), 1);
+        QCOMPARE(first.value(QStringLiteral("severity")).toString(), QStringLiteral("error"));
+        QCOMPARE(array.at(2).toObject().value(QStringLiteral("severity")).toString(), QStringLiteral("note"));
+    }
+
+    void checkFollowsTheEngineVersion_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QByteArray>("output");
+        // VictoryQuote came with 1.0; without the option a file is checked at 1.1.
+        QTest::newRow("default") << QStringList() << 0 << QByteArray();
+        QTest::newRow("1.0") << QStringList{QStringLiteral("--mugen-version"), QStringLiteral("1.0")} << 0 << QByteArray();
+        QTest::newRow("oldest") << QStringList{QStringLiteral("--mugen-version=2002.04.14")} << 1
+                                << QByteArray(":3:8: error: Controller invalid for the M.U.G.E.N. version of the current project");
+        QTest::newRow("not a version") << QStringList{QStringLiteral("--mugen-version"), QStringLiteral("new")} << 2
+                                       << QByteArray();
+    }
+
+    void checkFollowsTheEngineVersion()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(int, code);
+        QFETCH(QByteArray, output);
+        const QString cns = m_dir.filePath(QStringLiteral("quote.cns"));
+        QVERIFY(TestSupport::writeFile(cns, "[Statedef 0]\n[State 0, 1]\ntype = VictoryQuote\ntrigger1 = 1\nvalue = 1\n"));
+        const Result result = run(QStringList{QStringLiteral("check"), cns} + options);
+        QCOMPARE(result.code, code);
+        QCOMPARE(result.out.trimmed(), output.isEmpty() ? QByteArray() : cns.toUtf8() + output);
+        if (code == 2)
+            QVERIFY(result.err.contains("--mugen-version wants a version"));
+    }
+
+    void checkReadsEveryKindOfDefinitions()
+    {
+        // Storyboards and fonts name no engine version; they are checked at
+        // 1.1 all the same, like any file without the option.
+        const QString storyboard = m_dir.filePath(QStringLiteral("intro.def"));
+        QVERIFY(TestSupport::writeFile(storyboard, "[SceneDef]\nspr = intro.sff\nsnd = intro.snd\n[Scene 0]\n"
+                                                   "layer0.anim = 1\n[BG0Def]\nspr = intro.sff\n[BG0 Sky]\n"
+                                                   "type = normal\nspriteno = 0, 0\n"));
+        Result result = run({QStringLiteral("check"), storyboard});
+        QCOMPARE(result.code, 0);
+        QVERIFY2(result.out.isEmpty(), result.out.constData());
+
+        const QString character = m_dir.filePath(QStringLiteral("char.def"));
+        QVERIFY(TestSupport::writeFile(character, "[Info]\nname = \"Mine\"\nmugenversion = 1.0\n[Files]\nsprite = mine.sff\n"
+                                                  "spirte = mine.sff\n"));
+        result = run({QStringLiteral("check"), character});
+        QCOMPARE(result.code, 1);
+        QCOMPARE(result.out.trimmed(), character.toUtf8() + ":6:1: error: Unknown parameter 'spirte' for the 'Files' controller");
+    }
+
+    void checkPassesTheEnginesKungFuMan()
+    {
+        const QString root = TestSupport::corpusDir();
+        if (root.isEmpty())
+            QSKIP("the corpus isn't there");
+        QStringList arguments{QStringLiteral("check")};
+        for (const char *file : {"kfm.def", "kfm.cns", "kfm.cmd", "kfm.air", "intro.def", "ending.def"})
+            arguments.append(root + QStringLiteral("/elecbyte-mugen10/chars/kfm/") + QLatin1String(file));
+        const Result result = run(arguments);
+        // Deprecations are warnings: the status stays 0.
+        QCOMPARE(result.code, 0);
+        QVERIFY(result.out.contains("warning:"));
+        QVERIFY(!result.out.contains("error:"));
+    }
+
     void checkNeedsACheckableFile()
     {
         const QString path = m_dir.filePath(QStringLiteral("c.ksc3"));

@@ -15,3 +15,13 @@ kestrada_add_core_test(qanimations)
 kestrada_add_core_test(imagecodecs)
 kestrada_add_core_test(qstreamcache)
 kestrada_add_core_test(qprojectfiles)
+kestrada_add_core_test(qmugensyntaxprocessor)
+kestrada_add_core_test(syntaxreferences)
+# Writes the expected files of the syntax samples (tests/data/syntax/*.ref)
+# from what the processor does now; review the diff before committing it.
+add_custom_target(update-syntax-references
+    COMMAND ${CMAKE_COMMAND} -E env KESTRADA_UPDATE_REFERENCES=1 QT_QPA_PLATFORM=offscreen
+            $<TARGET_FILE:tst_syntaxreferences>
+    DEPENDS tst_syntaxreferences
+    COMMENT "Writing the references of the syntax samples"
+    VERBATIM)

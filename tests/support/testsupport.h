@@ -17,5 +17,11 @@ QString binDir();
 QByteArray readFile(const QString &path);
 /** Writes a file, making its folder; false on failure. */
 bool writeFile(const QString &path, const QByteArray &bytes);
+/**
+ * The differences between two texts as a unified diff with three lines of
+ * context, headed by the two names; empty when the texts are equal.
+ */
+QString unifiedDiff(const QStringList &expected, const QStringList &actual, const QString &expectedName,
+                    const QString &actualName);
 
 } // namespace TestSupport

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+QMugenSyntaxProperties *mugenSyntax = nullptr;
+
 namespace {
 
 // The tags of the section maps, in the order of QMugenSyntaxProperties::Section.
@@ -47,6 +49,7 @@ bool QMugenSyntaxProperties::load(const QString &fileName)
     const Document opened = openDocument(fileName, document);
     if (opened == Document::Failed)
         return false;
+    ++m_generation;
     clearLists();
     if (opened == Document::OtherRoot)
         return true;

@@ -96,3 +96,10 @@ private:
     QMap<QString, QSyntaxParam> m_triggers;
     QMap<QString, QStringList> m_consts;
 };
+
+/**
+ * The process-wide vocabulary of engine text, read at start from
+ * "syntax_mugen.xml" beside the program; may be null, and then every
+ * controller is unknown to the processors.
+ */
+extern QMugenSyntaxProperties *mugenSyntax;

@@ -92,6 +92,12 @@ public:
     virtual bool load(const QString &fileName) = 0;
 
     /**
+     * Rises with every load that changed the description, so that whoever
+     * keeps lookups into it (the processors) knows when to drop them.
+     */
+    quint32 generation() const { return m_generation; }
+
+    /**
      * Packs a version text such as "1.1" or "1.0.0.1" one byte a part,
      * highest first (0x1010000, 0x1000001). Texts of another form, or with
      * a part above 255, give 0.
@@ -124,4 +130,6 @@ protected:
     };
     /** Opens and parses `fileName` into `document`. */
     static Document openDocument(const QString &fileName, QDomDocument &document);
+
+    quint32 m_generation = 0;
 };

@@ -2,13 +2,16 @@
 
 #include "../base/atomicfile.h"
 #include "../base/qcodepages.h"
+#include "qmugensyntaxprocessor.h"
 #include "qsyntaxhierarchy.h"
+#include "qsyntaxprocessor.h"
 #include "qtextelements.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSignalBlocker>
 #include <QTextCodec>
 #include <QTextDocument>
 
@@ -117,18 +120,42 @@ QSyntaxTextEditor::QSyntaxTextEditor(QProjectOwner *project, QProjectFileType fi
 
 QSyntaxTextEditor::~QSyntaxTextEditor()
 {
-    delete m_hierarchy;
+    dropProcessor();
+}
+
+void QSyntaxTextEditor::detachProcessor()
+{
+    // A processor that lets its document go clears the colours it gave, and
+    // the document reports that as a change of all its text: nobody needs
+    // to read the text again for that.
+    const QSignalBlocker blocker(document());
+    if (m_processor)
+        m_processor->setDocument(nullptr);
+}
+
+void QSyntaxTextEditor::dropProcessor()
+{
+    detachProcessor();
+    delete m_processor;
+    m_processor = nullptr;
 }
 
 void QSyntaxTextEditor::setLanguage(int language)
 {
-    if (m_hierarchy && language == m_language)
+    if (m_processor && language == m_language)
         return;
     m_language = language;
-    delete m_hierarchy;
-    // TODO: Lua text gets its own hierarchy with the Lua syntax.
-    m_hierarchy = language == 1 ? static_cast<QSyntaxHierarchy *>(new QMugenSyntaxHierarchy)
-                                : new QNullSyntaxHierarchy;
+    dropProcessor();
+    // TODO: Lua text gets its own processor, with the Lua syntax.
+    if (language == QSyntaxProcessor::MugenKind)
+        m_processor = new QMugenSyntaxProcessor(document(), m_version, m_checking);
+    else
+        m_processor = new QNullSyntaxProcessor(document(), m_version);
+}
+
+QSyntaxHierarchy *QSyntaxTextEditor::hierarchy() const
+{
+    return m_processor->hierarchy();
 }
 
 void QSyntaxTextEditor::docChanged()
@@ -140,10 +167,12 @@ void QSyntaxTextEditor::updateHierarchy()
 {
     m_hierarchyTimer.stop();
     if (m_checking)
-        m_hierarchy->rebuild(text());
+        hierarchy()->rebuild(text());
     hierarchyChanged();
     Q_EMIT hierarchyUpdated();
     notifyOwner();
+    // The diagnostics of the lines are settled by now.
+    check();
 }
 
 void QSyntaxTextEditor::hierarchyChanged()
@@ -164,16 +193,22 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
     // The language comes from the text, not from the file's name.
     static const QRegularExpression engineText(QStringLiteral("^\\s*[;\\[]"));
     static const QRegularExpression lua(QStringLiteral("\\bfunction\\b"));
+    int language = 0;
     if (engineText.match(text).hasMatch())
-        setLanguage(1);
+        language = 1;
     else if (text.indexOf(lua) > 0)
-        setLanguage(2);
-    else
-        setLanguage(0);
+        language = 2;
+    // A processor of another language would colour the new text once for
+    // nothing: the old one lets the document go before the text comes, and
+    // the new one reads the text once it stands. The old one stays until
+    // then, with its hierarchy, for whoever hears of the new text.
+    if (language != m_language)
+        detachProcessor();
 
     const QString title = document()->metaInformation(QTextDocument::DocumentTitle);
     const QString url = document()->metaInformation(QTextDocument::DocumentUrl);
     document()->setPlainText(text);
+    setLanguage(language);
     if (keepName) {
         document()->setMetaInformation(QTextDocument::DocumentTitle, title);
         document()->setMetaInformation(QTextDocument::DocumentUrl, url);
@@ -236,9 +271,21 @@ QString QSyntaxTextEditor::title() const
     return document()->metaInformation(QTextDocument::DocumentTitle);
 }
 
+quint32 QSyntaxTextEditor::version() const
+{
+    return m_version;
+}
+
 void QSyntaxTextEditor::setVersion(quint32 version)
 {
     m_version = version;
+    m_processor->setVersion(version);
+}
+
+void QSyntaxTextEditor::setChecking(bool checking)
+{
+    m_checking = checking;
+    m_processor->setChecking(checking);
 }
 
 bool QSyntaxTextEditor::checkSave(quint32)
@@ -263,9 +310,16 @@ bool QSyntaxTextEditor::isEmpty() const
 
 void QSyntaxTextEditor::check()
 {
-    // Diagnostics come from the syntax processor's pass over each line; a
-    // document without one has nothing to report.
+    // The processor leaves its diagnostics on the lines; notices count as
+    // warnings here, only syntax errors as errors.
     messages().begin();
+    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+        const QTextEditorBlockData *data = QTextEditorBlockData::of(block, false);
+        if (!data)
+            continue;
+        for (const QSyntaxIssue &issue : data->issues)
+            messages().add(issue.severity != 0 ? 1 : 0, issue.text, issue.start, block.blockNumber());
+    }
     messages().end();
 }
 

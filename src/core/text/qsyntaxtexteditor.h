@@ -7,6 +7,7 @@
 #include <QTimer>
 
 class QSyntaxHierarchy;
+class QSyntaxProcessor;
 
 /**
  * A text document of a project: a state file, the commands, the animation
@@ -67,18 +68,25 @@ public:
     int codepage() const { return m_codepage; }
     void setCodepage(int codepage) { m_codepage = codepage; }
     /** The engine version the text is checked against. */
-    quint32 version() const { return m_version; }
+    quint32 version() const;
+    /** Sets the version of the processor, which then checks the text again. */
     virtual void setVersion(quint32 version);
     bool parsesElements() const { return m_parseElements; }
+    /** Whether the text is checked: the hierarchy follows it, and the processor reports errors. */
     bool isChecking() const { return m_checking; }
-    void setChecking(bool checking) { m_checking = checking; }
+    void setChecking(bool checking);
 
     /** The language of the text: 0 none, 1 engine text, 2 Lua. Decided from the text at load. */
     int language() const { return m_language; }
-    /** Sets the language, and with it the hierarchy; rebuilds the hierarchy. */
+    /**
+     * Sets the language and with it the processor, which colours and checks
+     * the text at once. Nothing happens when the language stays.
+     */
     void setLanguage(int language);
-    /** The section tree of the text, rebuilt a second after the last edit. Owned. */
-    QSyntaxHierarchy *hierarchy() const { return m_hierarchy; }
+    /** The processor of the text's language. Owned; replaced when the language changes. */
+    QSyntaxProcessor *processor() const { return m_processor; }
+    /** The section tree of the text, rebuilt a second after the last edit. Owned by the processor. */
+    QSyntaxHierarchy *hierarchy() const;
 
     bool checkSave(quint32 version) override;
     bool checkDiscard() override;
@@ -93,7 +101,10 @@ Q_SIGNALS:
     void hierarchyUpdated();
 
 public Q_SLOTS:
-    /** Rebuilds the hierarchy now, when checking is on, then tells the subclass and the project. */
+    /**
+     * Rebuilds the hierarchy now, when checking is on, then tells the
+     * subclass and the project, and fills the messages from the diagnostics.
+     */
     void updateHierarchy();
     /** The text changed: the hierarchy follows a second after the last change. */
     void docChanged();
@@ -107,11 +118,17 @@ protected:
     virtual void hierarchyChanged();
 
 private:
-    QSyntaxHierarchy *m_hierarchy = nullptr;
+    /** The processor stops following the document, which is left uncoloured. */
+    void detachProcessor();
+    /** Detaches and deletes the processor. */
+    void dropProcessor();
+
+    QSyntaxProcessor *m_processor = nullptr;
     QTimer m_hierarchyTimer;
     int m_language = 0;
     bool m_parseElements;
     bool m_checking;
+    /** The version of every processor the document has, the next one included. */
     quint32 m_version;
     int m_codepage;
 };

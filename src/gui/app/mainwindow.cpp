@@ -6,6 +6,7 @@
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
 #include "core/text/qcommand.h"
+#include "core/text/qmugensyntaxproperties.h"
 
 #include <QEvent>
 #include <QMenuBar>
@@ -14,6 +15,9 @@ MainWindow::MainWindow(bool firstInstance, QWidget *parent)
     : QMainWindow(parent)
 {
     setupUi();
+    // The vocabulary of engine text; a missing file leaves every controller unknown.
+    mugenSyntax = new QMugenSyntaxProperties;
+    mugenSyntax->load(applicationDir() + QStringLiteral("/syntax_mugen.xml"));
     // The kinds of lines that text documents recognise, process-wide.
     registerAnimationElements();
     registerCommandElements();
@@ -30,6 +34,8 @@ MainWindow::~MainWindow()
         configuration->save(settingsFileForWrite(QStringLiteral("config.xml")));
     releaseCommandElements();
     releaseAnimationElements();
+    delete mugenSyntax;
+    mugenSyntax = nullptr;
     releaseNameCommentElements();
 }
 

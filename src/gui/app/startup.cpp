@@ -7,6 +7,7 @@
 #include "core/base/qcodepages.h"
 #include "core/base/qhandover.h"
 #include "core/base/qmugenmodel.h"
+#include "core/base/qsyntaxformats.h"
 
 #include <QApplication>
 #include <QFile>
@@ -73,6 +74,7 @@ int kestradaMain(int argc, char **argv)
     QUserPrompt *previousPrompt = userPrompt;
     userPrompt = &prompt;
 
+    syntaxFormats = new QSyntaxFormats;
     configuration = new QMugenModel;
     configuration->load(settingsFileForRead(QStringLiteral("config.xml")));
     buildCodecNames();
@@ -95,6 +97,8 @@ int kestradaMain(int argc, char **argv)
 
     delete configuration;
     configuration = nullptr;
+    delete syntaxFormats;
+    syntaxFormats = nullptr;
     userPrompt = previousPrompt;
     return code;
 }

@@ -1,0 +1,452 @@
+// The syntax processor at work in documents: what an edit re-reads, that
+// the result of edits equals a reading from scratch, versions and checking,
+// the messages of a document, the project's version, the engine's own files,
+// and text no engine file would hold. What single lines give is in the
+// reference samples (tst_syntaxreferences).
+
+#include "core/app/qproject.h"
+#include "core/base/qcodepages.h"
+#include "core/text/qcommands.h"
+#include "core/text/qdefinitions.h"
+#include "core/text/qelementtexteditor.h"
+#include "core/text/qmugensyntaxprocessor.h"
+#include "core/text/qmugensyntaxproperties.h"
+#include "core/text/qsyntaxhierarchy.h"
+#include "core/text/qsyntaxtexteditor.h"
+#include "testsupport.h"
+
+#include <QDir>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QtTest>
+
+namespace {
+
+QString vocabularyFile()
+{
+    return QDir::cleanPath(QStringLiteral(TEST_DATA_DIR "/../../data/syntax_mugen.xml"));
+}
+
+/** Counts the lines it reads. */
+class CountingProcessor : public QMugenSyntaxProcessor
+{
+public:
+    using QMugenSyntaxProcessor::QMugenSyntaxProcessor;
+    QList<int> lines;
+
+protected:
+    void highlightBlock(const QString &text) override
+    {
+        lines.append(currentBlock().blockNumber());
+        QMugenSyntaxProcessor::highlightBlock(text);
+    }
+};
+
+/** What the processor left on every line, one text per line. */
+QStringList snapshot(const QTextDocument *document)
+{
+    QStringList lines;
+    for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
+        const QTextEditorBlockData *data = QTextEditorBlockData::of(block, false);
+        QString line = QStringLiteral("%1: state %2").arg(block.blockNumber()).arg(block.userState());
+        if (data) {
+            line += QStringLiteral(" fold %1 %2%3").arg(data->foldLevel).arg(data->isHeader).arg(data->beforeHeader);
+            for (const QSyntaxIssue &issue : data->issues)
+                line += QStringLiteral(" [%1 %2-%3 %4]").arg(issue.severity).arg(issue.start).arg(issue.end).arg(issue.text);
+            line += QStringLiteral(" (%1 brackets)").arg(data->parens.size());
+        }
+        lines.append(line);
+    }
+    return lines;
+}
+
+/** The issues of one line. */
+QVector<QSyntaxIssue> issuesOf(const QTextDocument *document, int line)
+{
+    const QTextEditorBlockData *data = QTextEditorBlockData::of(document->findBlockByNumber(line), false);
+    return data ? data->issues : QVector<QSyntaxIssue>();
+}
+
+const char *const stateText =
+    "; a state file\n"
+    "[Data]\n"
+    "life = 1000\n"
+    "\n"
+    "[Statedef 0]\n"
+    "type = S\n"
+    "anim = 0\n"
+    "\n"
+    "; first\n"
+    "[State 0, 1]\n"
+    "type = ChangeState\n"
+    "trigger1 = time > 5 && (var(1) = 2)\n"
+    "value = 10\n"
+    "\n"
+    "[State 0, 2]\n"
+    "type = VarSet\n"
+    "trigger1 = 1\n"
+    "v = 1\n"
+    "[Statedef 10]\n"
+    "type = C\n"
+    "[State 10, 1]\n"
+    "type = Null\n"
+    "trigger1 = 1\n";
+
+} // namespace
+
+class tst_QMugenSyntaxProcessor : public QObject
+{
+    Q_OBJECT
+
+private:
+    QMugenSyntaxProperties m_vocabulary;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        buildCodecNames();
+        QVERIFY(m_vocabulary.load(vocabularyFile()));
+        mugenSyntax = &m_vocabulary;
+    }
+
+    void cleanupTestCase()
+    {
+        mugenSyntax = nullptr;
+    }
+
+    void tokensPackIntoOneWord()
+    {
+        const quint32 token = QMugenSyntaxProcessor::packToken(QMugenSyntaxProcessor::Identifier, 1234, 56);
+        QCOMPARE(QMugenSyntaxProcessor::tokenType(token), int(QMugenSyntaxProcessor::Identifier));
+        QCOMPARE(QMugenSyntaxProcessor::tokenStart(token), 1234);
+        QCOMPARE(QMugenSyntaxProcessor::tokenLength(token), 56);
+        // Beyond the bits the packing holds, the largest value stands.
+        const quint32 far = QMugenSyntaxProcessor::packToken(QMugenSyntaxProcessor::String, 70000, 5000);
+        QCOMPARE(QMugenSyntaxProcessor::tokenType(far), int(QMugenSyntaxProcessor::String));
+        QCOMPARE(QMugenSyntaxProcessor::tokenStart(far), 0xffff);
+        QCOMPARE(QMugenSyntaxProcessor::tokenLength(far), 1023);
+    }
+
+    void aDocumentIsReadAsSoonAsItHasAProcessor()
+    {
+        // QSyntaxHighlighter alone would wait for the event loop, and ignore
+        // edits until then; the tool and the tests run without one.
+        QElementTextEditor editor(false);
+        editor.document()->setPlainText(QString::fromLatin1(stateText));
+        CountingProcessor processor(editor.document());
+        QCOMPARE(editor.document()->findBlockByNumber(12).userState(), QMugenSyntaxProcessor::FirstStateController
+                     + QMugenSyntaxProperties::indexOf(m_vocabulary.stateControllers(), QStringLiteral("ChangeState")));
+        QTextCursor cursor(editor.document()->findBlockByNumber(5));
+        cursor.insertText(QStringLiteral("x"));
+        QVERIFY(!processor.lines.isEmpty());
+        QCOMPARE(issuesOf(editor.document(), 5).size(), 1);
+    }
+
+    void anEditReadsOnlyUntilTheStateSettles()
+    {
+        QElementTextEditor editor(false);
+        QString text = QString::fromLatin1(stateText);
+        for (int i = 0; i < 200; ++i)
+            text += QStringLiteral("trigger%1 = time\n").arg(i + 2);
+        editor.document()->setPlainText(text);
+        CountingProcessor processor(editor.document());
+        const QStringList before = snapshot(editor.document());
+
+        // A value changes: its line is read again, nothing further.
+        QTextCursor cursor(editor.document()->findBlockByNumber(12));
+        cursor.movePosition(QTextCursor::EndOfBlock);
+        cursor.insertText(QStringLiteral("0"));
+        QVERIFY2(processor.lines.size() <= 2, qPrintable(QString::number(processor.lines.size())));
+        QCOMPARE(processor.lines.first(), 12);
+
+        // The last [State] becomes a [Statedef]: every line after it changes
+        // section, and its trigger lines are no keys of a [Statedef].
+        processor.lines.clear();
+        QTextCursor header(editor.document()->findBlockByNumber(20));
+        header.movePosition(QTextCursor::StartOfBlock);
+        header.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+        header.insertText(QStringLiteral("[Statedef 11]"));
+        QCOMPARE(processor.lines.last(), editor.document()->blockCount() - 1);
+        QCOMPARE(editor.document()->lastBlock().previous().userState(), int(QMugenSyntaxProcessor::StateDefSection));
+        QCOMPARE(issuesOf(editor.document(), 30).size(), 1);
+        QCOMPARE(issuesOf(editor.document(), 30).at(0).text, QStringLiteral("Unknown 'StateDef' parameter 'trigger9'"));
+
+        // And back: the lines are as they were before.
+        header.movePosition(QTextCursor::StartOfBlock);
+        header.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+        header.insertText(QStringLiteral("[State 10, 1]"));
+        cursor.deletePreviousChar();
+        QCOMPARE(snapshot(editor.document()), before);
+    }
+
+    void editsEndWhereAReadingFromScratchWould()
+    {
+        // Random edits: after each, every line (state, fold level, header
+        // flags, diagnostics) is what a fresh document with the same text
+        // gives. Fold levels and header flags depend on the lines around
+        // the edit, which is what this watches most.
+        static const char *const pieces[] = {
+            "[Statedef 5]\n", "[State 5, 1]\n", "type = Null\n", "type = ChangeState\n", "trigger1 = 1\n",
+            "\n", "; comment\n", "[Data]\n", "life = 5\n", "value = (1\n", "[", "]", "x", "\n\n", "[Begin Action 1]\n",
+            "0,0, 0,0, 5\n", "type = S\n",
+        };
+        QElementTextEditor editor(false);
+        editor.document()->setPlainText(QString::fromLatin1(stateText));
+        QMugenSyntaxProcessor processor(editor.document());
+        QRandomGenerator random(20240611);
+        for (int step = 0; step < 300; ++step) {
+            QTextCursor cursor(editor.document());
+            const int size = editor.document()->characterCount() - 1;
+            cursor.setPosition(int(random.bounded(size + 1)));
+            if (random.bounded(3) == 0 && size > 0) {
+                const int length = int(random.bounded(qMin(20, size - cursor.position()) + 1));
+                cursor.setPosition(qMin(size, cursor.position() + length), QTextCursor::KeepAnchor);
+                cursor.removeSelectedText();
+            } else {
+                cursor.insertText(QLatin1String(pieces[random.bounded(int(std::size(pieces)))]));
+            }
+
+            QElementTextEditor fresh(false);
+            fresh.document()->setPlainText(editor.document()->toPlainText());
+            QMugenSyntaxProcessor reference(fresh.document());
+            const QStringList expected = snapshot(fresh.document());
+            const QStringList actual = snapshot(editor.document());
+            if (actual != expected)
+                qWarning().noquote() << TestSupport::unifiedDiff(expected, actual, QStringLiteral("from scratch"),
+                                                                 QStringLiteral("after edits"));
+            QVERIFY2(actual == expected, qPrintable(QStringLiteral("step %1").arg(step)));
+        }
+    }
+
+    void theVersionDecidesWhatIsValid()
+    {
+        QElementTextEditor editor(false);
+        editor.document()->setPlainText(QStringLiteral("[Statedef 0]\n[State 0, 1]\ntype = VictoryQuote\n"
+                                                       "trigger1 = AILevel\nvalue = 1\n"));
+        CountingProcessor processor(editor.document(), 0x1010000);
+        QVERIFY(issuesOf(editor.document(), 2).isEmpty());
+
+        // At the oldest version the controller and the trigger came later.
+        processor.setVersion(0);
+        QCOMPARE(processor.version(), 0u);
+        QCOMPARE(issuesOf(editor.document(), 2).size(), 1);
+        QCOMPARE(issuesOf(editor.document(), 2).at(0).text,
+                 QStringLiteral("Controller invalid for the M.U.G.E.N. version of the current project"));
+        QCOMPARE(issuesOf(editor.document(), 3).value(0).text,
+                 QStringLiteral("Trigger invalid for the M.U.G.E.N. version of the current project"));
+
+        // The same version again reads nothing.
+        processor.lines.clear();
+        processor.setVersion(0);
+        QVERIFY(processor.lines.isEmpty());
+        processor.setVersion(0x1000000);
+        QCOMPARE(processor.lines.size(), editor.document()->blockCount());
+        QVERIFY(issuesOf(editor.document(), 2).isEmpty());
+    }
+
+    void checkingSwitchesErrorsOnly()
+    {
+        QElementTextEditor editor(false);
+        editor.document()->setPlainText(QStringLiteral("[Statedef 0]\nnonsense = 1\n[State 0, 1]\ntype = HitVelSet\n"));
+        QMugenSyntaxProcessor processor(editor.document());
+        QCOMPARE(issuesOf(editor.document(), 1).size(), 1);
+        processor.setChecking(false);
+        QVERIFY(issuesOf(editor.document(), 1).isEmpty());
+        // The deprecation is a warning: it stays.
+        QCOMPARE(issuesOf(editor.document(), 3).size(), 1);
+        QCOMPARE(issuesOf(editor.document(), 3).at(0).severity, 1);
+        processor.setChecking(true);
+        QCOMPARE(issuesOf(editor.document(), 1).size(), 1);
+    }
+
+    void aVocabularyReadAgainIsFollowed()
+    {
+        // Cached lookups point into the vocabulary: a second read must not
+        // leave them pointing at what it threw away.
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("v.xml"));
+        QVERIFY(TestSupport::writeFile(path, "<!DOCTYPE ZNLSyntaxML><syntax><state_controller name=\"Spin\">"
+                                             "<param name=\"speed\" type=\"int\"/></state_controller>"
+                                             "<trigger name=\"Time\" type=\"nilexp\"/></syntax>"));
+        QMugenSyntaxProperties vocabulary;
+        QVERIFY(vocabulary.load(path));
+        QElementTextEditor editor(false);
+        editor.document()->setPlainText(QStringLiteral("[Statedef 0]\n[State 0, 1]\ntype = Spin\ntrigger1 = Time\n"
+                                                       "speed = 5\n"));
+        QMugenSyntaxProcessor processor(editor.document(), 0x1010000, true, &vocabulary);
+        QVERIFY(issuesOf(editor.document(), 4).isEmpty());
+
+        QVERIFY(TestSupport::writeFile(path, "<!DOCTYPE ZNLSyntaxML><syntax><state_controller name=\"Spin\">"
+                                             "<param name=\"rate\" type=\"int\"/></state_controller></syntax>"));
+        QVERIFY(vocabulary.load(path));
+        processor.rehighlightAll();
+        // The controllers are read anew; triggers are overwritten key by key,
+        // so Time stays known.
+        QVERIFY(issuesOf(editor.document(), 3).isEmpty());
+        QCOMPARE(issuesOf(editor.document(), 4).size(), 1);
+        QCOMPARE(issuesOf(editor.document(), 4).at(0).text,
+                 QStringLiteral("Unknown parameter 'speed' for the 'Spin' controller"));
+    }
+
+    void documentCheckTurnsIssuesIntoMessages()
+    {
+        QSyntaxTextEditor document(nullptr, FileStates, false, 0x1010000, true);
+        document.document()->setPlainText(QStringLiteral("[Statedef 0]\ncolour = 1\n[State 0, 1]\n"
+                                                         "type = HitVelSet\ntrigger1 = 1\n[State 0, 2]\n"
+                                                         "type = Explod\ntrigger1 = 1\npos = 1\n[Explod]\n"));
+        document.check();
+        const QMessages &messages = document.messages();
+        // An error for each of "colour" and [Explod]; the deprecation and the
+        // notice of "pos = 1" as warnings, in the order of the lines.
+        QCOMPARE(messages.count(QMessages::Error), 2);
+        QCOMPARE(messages.count(QMessages::Warning), 2);
+        QCOMPARE(messages.count(QMessages::Information), 0);
+        QCOMPARE(messages.at(0).text, QStringLiteral("Unknown 'StateDef' parameter 'colour'"));
+        QCOMPARE(messages.at(0).severity, 0);
+        QCOMPARE(messages.at(0).line, 1);
+        QCOMPARE(messages.at(0).index, 0);
+        QCOMPARE(messages.at(1).severity, 1);
+        QCOMPARE(messages.at(1).line, 3);
+        QCOMPARE(messages.at(1).index, 7);
+        QCOMPARE(messages.at(2).severity, 1);
+        QCOMPARE(messages.at(2).text, QStringLiteral("This parameter requires 2 value(s)"));
+        QCOMPARE(messages.at(2).line, 8);
+        QCOMPARE(messages.at(3).line, 9);
+        QCOMPARE(messages.at(3).text, QStringLiteral("Invalid group"));
+
+        // Checked again, the list is replaced, not added to.
+        document.check();
+        QCOMPARE(messages.count(QMessages::AnySeverity), 4);
+    }
+
+    void aLoadCheckesAndKeepsEditsChecked()
+    {
+        QTemporaryDir dir;
+        const QString lua = dir.filePath(QStringLiteral("tool.txt"));
+        const QString cns = dir.filePath(QStringLiteral("a.cns"));
+        QVERIFY(TestSupport::writeFile(lua, "-- a tool\nfunction main()\nend\n"));
+        QVERIFY(TestSupport::writeFile(cns, "[Statedef 0]\r\nnonsense = 1\r\n"));
+        QSyntaxTextEditor document(nullptr, FileStates, false, 0x1000000, true);
+
+        QVERIFY(document.load(lua, 0, false));
+        QCOMPARE(document.processor()->syntaxKind(), int(QSyntaxProcessor::NullKind));
+        QVERIFY(document.hierarchy());
+        QCOMPARE(document.messages().count(QMessages::AnySeverity), 0);
+
+        // Another language, another processor: it reads the text at once,
+        // keeps the version, and the messages follow the load.
+        QVERIFY(document.load(cns, 0, false));
+        QCOMPARE(document.processor()->syntaxKind(), int(QSyntaxProcessor::MugenKind));
+        QCOMPARE(document.version(), 0x1000000u);
+        QCOMPARE(document.messages().count(QMessages::Error), 1);
+        QVERIFY(document.hierarchy()->sectionExists(QStringLiteral("statedef 0")));
+
+        QTextCursor(document.document()->findBlockByNumber(1)).insertText(QStringLiteral("; "));
+        QVERIFY(issuesOf(document.document(), 1).isEmpty());
+        // The messages follow with the hierarchy, a second after the edit.
+        QCOMPARE(document.messages().count(QMessages::Error), 1);
+        document.updateHierarchy();
+        QCOMPARE(document.messages().count(QMessages::Error), 0);
+    }
+
+    void theDefinitionsVersionReachesTheProject()
+    {
+        QTemporaryDir dir;
+        const QString def = dir.filePath(QStringLiteral("old.def"));
+        QVERIFY(TestSupport::writeFile(def, "[Info]\r\nname = \"Old\"\r\nmugenversion = 1.0\r\n[Files]\r\n"));
+        QProject project(0, false);
+        QSyntaxTextEditor *state = project.addState(QStringLiteral("a.cns"));
+        QCOMPARE(state->version(), 0x1010000u);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QCOMPARE(project.definitions()->version(), 0x1000000u);
+        QCOMPARE(project.commands()->version(), 0x1000000u);
+        QCOMPARE(state->version(), 0x1000000u);
+        // A state document made later starts at the project's version.
+        QCOMPARE(project.addState(QStringLiteral("b.cns"))->version(), 0x1000000u);
+    }
+
+    void theEnginesOwnFilesHaveNoErrors_data()
+    {
+        QTest::addColumn<QString>("path");
+        const QString root = TestSupport::corpusDir();
+        if (root.isEmpty())
+            return;
+        QStringList files;
+        for (const char *folder : {"elecbyte-mugen10/chars/kfm", "elecbyte-mugen10/chars/kfm720",
+                                   "ikemen-screenpack/chars/kfm", "ikemen-screenpack/chars/kfm720",
+                                   "elecbyte-mugen10/stages", "elecbyte-mugen10/font"}) {
+            const QDir dir(root + QLatin1Char('/') + QLatin1String(folder));
+            for (const QString &name : dir.entryList({QStringLiteral("*.cns"), QStringLiteral("*.cmd"),
+                                                      QStringLiteral("*.air"), QStringLiteral("*.def")},
+                                                     QDir::Files, QDir::Name))
+                files.append(dir.filePath(name));
+        }
+        for (const char *file : {"elecbyte-mugen10/data/common1.cns", "elecbyte-mugen10/data/kfm/intro.def",
+                                 "elecbyte-mugen10/data/kfm/credits.def", "elecbyte-mugen10/data/kfm/gameover.def",
+                                 "elecbyte-mugen10/data/kfm/logo.def"})
+            files.append(root + QLatin1Char('/') + QLatin1String(file));
+        for (const QString &file : std::as_const(files))
+            QTest::newRow(qPrintable(QDir(root).relativeFilePath(file))) << file;
+    }
+
+    void theEnginesOwnFilesHaveNoErrors()
+    {
+        if (TestSupport::corpusDir().isEmpty())
+            QSKIP("the corpus isn't there");
+        QFETCH(QString, path);
+        QSyntaxTextEditor document(nullptr, FileStates, false, 0x1010000, true);
+        QVERIFY(document.load(path, 0, true));
+        QCOMPARE(document.language(), 1);
+        QStringList errors;
+        for (QTextBlock block = document.document()->begin(); block.isValid(); block = block.next()) {
+            for (const QSyntaxIssue &issue : issuesOf(document.document(), block.blockNumber())) {
+                if (issue.severity == 0)
+                    errors.append(QStringLiteral("%1:%2: %3").arg(block.blockNumber() + 1).arg(issue.start + 1).arg(issue.text));
+            }
+        }
+        QVERIFY2(errors.isEmpty(), qPrintable(errors.join(QLatin1Char('\n'))));
+    }
+
+    void malformedTextIsReadSafely_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("long line") << QStringLiteral("[Statedef 0]\nanim = ") + QString(100000, QLatin1Char('1'));
+        QTest::newRow("long string") << QStringLiteral("[Info]\nname = \"") + QString(70000, QLatin1Char('a'))
+                + QStringLiteral("\" x");
+        QTest::newRow("deep brackets") << QStringLiteral("[Statedef 0]\n[State 0]\ntype = Null\ntrigger1 = ")
+                + QString(50000, QLatin1Char('(')) + QString(50000, QLatin1Char('['));
+        QTest::newRow("unary chain") << QStringLiteral("[Statedef 0]\nanim = ") + QString(50000, QLatin1Char('!'));
+        QTest::newRow("brackets only") << QString(20000, QLatin1Char('[')) + QStringLiteral("\n]]]]\n[[[");
+        QTest::newRow("comments") << QString(20000, QLatin1Char(';')) + QLatin1Char('\n') + QString(5000, QLatin1Char('\n'))
+                + QStringLiteral("[Data]");
+        QString noise;
+        QRandomGenerator random(7);
+        for (int i = 0; i < 20000; ++i)
+            noise += QChar(ushort(random.bounded(1, 0x3000)));
+        QTest::newRow("noise") << noise;
+    }
+
+    void malformedTextIsReadSafely()
+    {
+        QFETCH(QString, text);
+        QElementTextEditor editor(false);
+        editor.document()->setPlainText(text);
+        QMugenSyntaxProcessor processor(editor.document());
+        for (QTextBlock block = editor.document()->begin(); block.isValid(); block = block.next()) {
+            const QTextEditorBlockData *data = QTextEditorBlockData::of(block, false);
+            QVERIFY(data);
+            QVERIFY(data->issues.size() <= block.length());
+            for (const QSyntaxIssue &issue : data->issues) {
+                QVERIFY(issue.start >= 0);
+                QVERIFY(issue.start <= issue.end);
+                QVERIFY(issue.end <= block.length());
+            }
+        }
+    }
+};
+
+QTEST_MAIN(tst_QMugenSyntaxProcessor)
+#include "tst_qmugensyntaxprocessor.moc"
