@@ -14,6 +14,12 @@ namespace {
 /** Text palettes are a few kilobytes; more than this can't be one, and isn't read. */
 constexpr qint64 MaxTextSize = 1 << 20;
 
+/** Seeks to `position` when the device reaches that far; a buffer complains of anything beyond. */
+bool seekTo(QIODevice &device, qint64 position)
+{
+    return position <= device.size() && device.seek(position);
+}
+
 /** Big-endian numbers from a device; every read says whether the device had the bytes. */
 class BigEndianReader
 {
@@ -60,7 +66,7 @@ public:
     {
         if (count < 0 || count > m_device.size() - m_device.pos())
             return false;
-        return m_device.seek(m_device.pos() + count);
+        return seekTo(m_device, m_device.pos() + count);
     }
 
 private:
@@ -106,7 +112,7 @@ bool QACTPalette::read(QIODevice &device, QRGBPal &colors)
 
 bool QRIFFPalette::read(QIODevice &device, QRGBPal &colors)
 {
-    if (!device.seek(8) || device.read(8) != "PAL data")
+    if (!seekTo(device, 8) || device.read(8) != "PAL data")
         return false;
     const QByteArray size = device.read(4);
     if (size.size() < 4)
@@ -117,7 +123,7 @@ bool QRIFFPalette::read(QIODevice &device, QRGBPal &colors)
     const qint64 length = qint64(uchar(size[0]) | (uchar(size[1]) << 8) | (uchar(size[2]) << 16)
                                  | (quint32(uchar(size[3])) << 24))
                           - 8;
-    if (length < 0 || length >= QRGBPal::Bytes + 1 || !device.seek(24))
+    if (length < 0 || length >= QRGBPal::Bytes + 1 || !seekTo(device, 24))
         return false;
     const QByteArray bytes = device.read(length);
     if (bytes.size() < length)
@@ -208,7 +214,7 @@ bool QASEPalette::read(QIODevice &device, QRGBPal &colors)
     quint16 major = 0;
     quint16 minor = 0;
     quint32 blocks = 0;
-    if (!device.seek(4) || !in.u16(major) || !in.u16(minor) || major != 1 || minor != 0 || !in.u32(blocks))
+    if (!seekTo(device, 4) || !in.u16(major) || !in.u16(minor) || major != 1 || minor != 0 || !in.u32(blocks))
         return false;
     int filled = 0;
     // Every block takes at least six bytes, so a huge count ends with the file.
