@@ -72,6 +72,43 @@ QImage trueColour(int side)
     return image;
 }
 
+void DropAStackOfCrops(benchmark::State &state)
+{
+    application();
+    for (auto _ : state) {
+        state.PauseTiming();
+        QSprites set(nullptr, 0, false, -1);
+        set.setUndoEnabled(false);
+        for (int i = 0; i < state.range(0); ++i) {
+            QImage image(96, 96, QImage::Format_Indexed8);
+            image.fill(0);
+            for (int y = 8; y < 88; ++y) {
+                for (int x = 8; x < 88; ++x)
+                    image.scanLine(y)[x] = uchar((x * y + i) % 251 + 1);
+            }
+            set.add()->setImage(image, NoShare, false, SwapPalette);
+        }
+        set.setUndoEnabled(true);
+        set.cropAll(true, 0, true, 0, 0);
+        state.ResumeTiming();
+        set.undoStack()->clear();
+    }
+}
+BENCHMARK(DropAStackOfCrops)->Arg(2000)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+void ClearALargeSet(benchmark::State &state)
+{
+    application();
+    for (auto _ : state) {
+        state.PauseTiming();
+        QSprites set(nullptr, 1, false, -1);
+        fillSet(set, int(state.range(0)));
+        state.ResumeTiming();
+        set.clear();
+    }
+}
+BENCHMARK(ClearALargeSet)->Arg(2000)->Unit(benchmark::kMillisecond)->Iterations(3);
+
 void QuantizeTrueColour(benchmark::State &state)
 {
     const QImage image = trueColour(int(state.range(0)));

@@ -56,6 +56,9 @@ QSprites::~QSprites()
     // The stack reports its clearing; nobody may hear it from a set half gone.
     disconnect(&m_undoStack, nullptr, this, nullptr);
     m_undoStack.clear();
+    // The store first, in one go: handle by handle, a store on disk would
+    // move everything behind each image again.
+    m_cache.clear();
     qDeleteAll(m_sprites);
     m_sprites.clear();
     qDeleteAll(m_palettes.m_palettes);
@@ -243,10 +246,10 @@ void QSprites::remove(int i)
 void QSprites::clear()
 {
     beginResetModel();
+    m_cache.clear();
     qDeleteAll(m_sprites);
     m_sprites.clear();
     endResetModel();
-    m_cache.clear();
     m_fileName.clear();
     m_currentIndex = 0;
     m_undoStack.clear();

@@ -123,16 +123,71 @@ StoredImage StoredImage::of(const QStreamCache &cache, const QStreamCacheEntry *
     return image;
 }
 
+namespace {
+
+/**
+ * The "sprUndo" store, with the releases it hasn't carried out yet. A stack
+ * drops its commands oldest first, and their images are the first in the
+ * file: released one by one, each would move all the file behind it again.
+ * Released images are given back together, in one compaction, once they
+ * take as much room as the images still kept, so that a byte is moved a
+ * bounded number of times.
+ */
+class UndoImageStore
+{
+public:
+    static UndoImageStore &instance()
+    {
+        static UndoImageStore store;
+        return store;
+    }
+
+    QStreamCache &cache() { return m_cache; }
+
+    QStreamCacheEntry *add(const StoredImage &image)
+    {
+        QStreamCacheEntry *entry = m_cache.add(image.bytes, image.filter, image.info, image.hash);
+        m_keptBytes += entry->storedSize();
+        return entry;
+    }
+
+    void release(QStreamCacheEntry *entry)
+    {
+        if (!entry)
+            return;
+        m_keptBytes -= entry->storedSize();
+        m_droppedBytes += entry->storedSize();
+        m_dropped.append(entry);
+        if (m_droppedBytes >= m_keptBytes) {
+            m_cache.release(m_dropped);
+            m_dropped.clear();
+            m_droppedBytes = 0;
+        }
+    }
+
+private:
+    UndoImageStore()
+        : m_cache(QStringLiteral("sprUndo"), QStreamCache::Disk, true, -1)
+    {
+    }
+
+    QStreamCache m_cache;
+    QList<QStreamCacheEntry *> m_dropped;
+    qint64 m_droppedBytes = 0;
+    qint64 m_keptBytes = 0;
+};
+
+} // namespace
+
 QStreamCache &spriteUndoStore()
 {
-    static QStreamCache store(QStringLiteral("sprUndo"), QStreamCache::Disk, true, -1);
-    return store;
+    return UndoImageStore::instance().cache();
 }
 
 UndoImage::UndoImage(const StoredImage &image)
 {
     if (!image.isNull())
-        m_entry = spriteUndoStore().add(image.bytes, image.filter, image.info, image.hash);
+        m_entry = UndoImageStore::instance().add(image);
 }
 
 UndoImage::UndoImage(UndoImage &&other) noexcept
@@ -143,7 +198,7 @@ UndoImage::UndoImage(UndoImage &&other) noexcept
 UndoImage &UndoImage::operator=(UndoImage &&other) noexcept
 {
     if (this != &other) {
-        spriteUndoStore().release(m_entry);
+        UndoImageStore::instance().release(m_entry);
         m_entry = std::exchange(other.m_entry, nullptr);
     }
     return *this;
@@ -151,7 +206,7 @@ UndoImage &UndoImage::operator=(UndoImage &&other) noexcept
 
 UndoImage::~UndoImage()
 {
-    spriteUndoStore().release(m_entry);
+    UndoImageStore::instance().release(m_entry);
 }
 
 QSpriteData *UndoImage::makeData(QStreamCache *cache) const
