@@ -373,16 +373,8 @@ QSprite *QSprite::duplicate()
 {
     const int position = index() + 1;
     QSprite *copy = RawSpriteEdits::newSprite(m_owner);
-    copy->m_group = m_group;
-    copy->m_index = m_index;
-    copy->m_x = m_x;
-    copy->m_y = m_y;
-    copy->m_flags = m_flags;
-    copy->m_palette = m_palette;
-    if (m_data) {
-        m_data->addRef();
-        copy->m_data = m_data;
-    }
+    RawSpriteEdits::setSpriteInfo(copy, m_group, m_index, m_x, m_y, m_flags, m_palette);
+    copy->attachData(m_data);
     RawSpriteEdits::insertSprite(m_owner, position, copy);
     if (m_owner->undoEnabled())
         m_owner->push(new SpriteInsert(m_owner, position));

@@ -29,10 +29,57 @@ bool isCharacterPaletteSprite(const QSprite *sprite)
     return (sprite->itemGroup() == 9000 || sprite->itemGroup() == 0) && sprite->itemIndex() == 0;
 }
 
+/**
+ * One warning `text` (with %2 group, %3 index, %4 number) for each item
+ * before `p` in `items` with the group and index of item `p`, from the
+ * closest back. The number counts down from `p` as the walk goes back: it
+ * is the other item's number as the editor shows it, from 1. `line` is 0
+ * for sprites and 1 for palettes.
+ */
+template <class Item>
+void reportCollisions(QMessages &out, const QList<Item *> &items, int p, int line, const QString &text)
+{
+    const Item *item = items.at(p);
+    for (int j = p - 1, number = p; j >= 0; --j, --number) {
+        if (items.at(j)->itemGroup() == item->itemGroup() && items.at(j)->itemIndex() == item->itemIndex())
+            out.add(QMessages::Warning, text.arg(item->itemGroup()).arg(item->itemIndex()).arg(number), p, line);
+    }
+}
+
 bool inGroupOrder(int groupA, int indexA, int groupB, int indexB)
 {
     return groupA < groupB || (groupA == groupB && indexA < indexB);
 }
+
+/** A macro that the first change needing it opens, closed when the object goes; none if nothing changed. */
+class LazyMacro
+{
+public:
+    LazyMacro(QSprites *set, const QString &text)
+        : m_set(set)
+        , m_text(text)
+    {
+    }
+    ~LazyMacro()
+    {
+        if (m_opened)
+            m_set->endMacro();
+    }
+    LazyMacro(const LazyMacro &) = delete;
+    LazyMacro &operator=(const LazyMacro &) = delete;
+
+    void open()
+    {
+        if (!m_opened)
+            m_set->beginMacro(m_text);
+        m_opened = true;
+    }
+
+private:
+    QSprites *m_set;
+    QString m_text;
+    bool m_opened = false;
+};
 
 QClipboard *clipboard()
 {
@@ -370,9 +417,7 @@ void QSprites::removePalette(int i)
         if (sprite->palette() == palette)
             sprite->setPalette(replacement);
     }
-    if (m_undoEnabled)
-        push(new PaletteRemove(this, i));
-    delete takePalette(i);
+    dropPalette(i);
     endMacro();
 }
 
@@ -385,9 +430,16 @@ void QSprites::movePalette(int from, int to)
     movePaletteObject(from, to);
 }
 
+void QSprites::dropPalette(int i)
+{
+    if (m_undoEnabled)
+        push(new PaletteRemove(this, i));
+    delete takePalette(i);
+}
+
 void QSprites::removeDuplicatePalettes()
 {
-    bool opened = false;
+    LazyMacro macro(this, QStringLiteral("removeDuplicatePalettes"));
     for (int i = paletteCount() - 1; i > 0; --i) {
         QSpritePalette *palette = paletteAt(i);
         if (!palette->rgbPal())
@@ -404,20 +456,13 @@ void QSprites::removeDuplicatePalettes()
         }
         if (!twin)
             continue;
-        if (!opened) {
-            beginMacro(QStringLiteral("removeDuplicatePalettes"));
-            opened = true;
-        }
+        macro.open();
         for (QSprite *sprite : std::as_const(m_sprites)) {
             if (sprite->palette() == palette)
                 sprite->setPalette(twin);
         }
-        if (m_undoEnabled)
-            push(new PaletteRemove(this, i));
-        delete takePalette(i);
+        dropPalette(i);
     }
-    if (opened)
-        endMacro();
 }
 
 void QSprites::removeUnusedPalettes()
@@ -425,22 +470,15 @@ void QSprites::removeUnusedPalettes()
     QSet<const QSpritePalette *> used;
     for (const QSprite *sprite : std::as_const(m_sprites))
         used.insert(sprite->palette());
-    bool opened = false;
+    LazyMacro macro(this, QStringLiteral("removeUnusedPalettes"));
     for (int i = paletteCount() - 1; i >= 0; --i) {
         // Group 1 holds the character's palettes, which the engine picks
         // from outside: no sprite needs to point at them.
         if (used.contains(paletteAt(i)) || paletteAt(i)->itemGroup() == 1)
             continue;
-        if (!opened) {
-            beginMacro(QStringLiteral("removeUnusedPalettes"));
-            opened = true;
-        }
-        if (m_undoEnabled)
-            push(new PaletteRemove(this, i));
-        delete takePalette(i);
+        macro.open();
+        dropPalette(i);
     }
-    if (opened)
-        endMacro();
 }
 
 void QSprites::clearPalettes()
@@ -450,11 +488,8 @@ void QSprites::clearPalettes()
     beginMacro(QStringLiteral("clearPalettes"));
     for (QSprite *sprite : std::as_const(m_sprites))
         sprite->setPalette(nullptr);
-    for (int i = paletteCount() - 1; i >= 0; --i) {
-        if (m_undoEnabled)
-            push(new PaletteRemove(this, i));
-        delete takePalette(i);
-    }
+    for (int i = paletteCount() - 1; i >= 0; --i)
+        dropPalette(i);
     endMacro();
 }
 
@@ -668,17 +703,7 @@ void QSprites::check()
                 out.add(QMessages::Warning, tr("Sprite can't receive the group 1 (character) palette at his position!"),
                         p, 0);
         }
-        // The number counts down from the sprite's own position as the walk
-        // goes back: it is the other sprite's number as the editor shows it.
-        for (int j = p - 1, number = p; j >= 0; --j, --number) {
-            if (at(j)->itemGroup() == sprite->itemGroup() && at(j)->itemIndex() == sprite->itemIndex())
-                out.add(QMessages::Warning,
-                        tr("The group %2, index %3 is already in use by sprite #%4!")
-                            .arg(sprite->itemGroup())
-                            .arg(sprite->itemIndex())
-                            .arg(number),
-                        p, 0);
-        }
+        reportCollisions(out, m_sprites, p, 0, tr("The group %2, index %3 is already in use by sprite #%4!"));
     }
 
     if (character) {
@@ -705,15 +730,8 @@ void QSprites::check()
         const QSpritePalette *palette = paletteAt(p);
         if (!palette->rgbPal())
             out.add(QMessages::Error, tr("Empty palette!"), p, 1);
-        for (int j = p - 1, number = p; j >= 0; --j, --number) {
-            if (paletteAt(j)->itemGroup() == palette->itemGroup() && paletteAt(j)->itemIndex() == palette->itemIndex())
-                out.add(QMessages::Warning,
-                        tr("The group %2, index %3 is already in use by palette #%4!")
-                            .arg(palette->itemGroup())
-                            .arg(palette->itemIndex())
-                            .arg(number),
-                        p, 1);
-        }
+        reportCollisions(out, m_palettes.m_palettes, p, 1,
+                         tr("The group %2, index %3 is already in use by palette #%4!"));
     }
     out.end();
 }

@@ -254,6 +254,8 @@ private:
     /** Takes a palette out of the list; sprites still using it lose it. */
     QSpritePalette *takePalette(int at);
     void movePaletteObject(int from, int to);
+    /** Removes the palette at `i` with its undo command; its sprites must have left it. */
+    void dropPalette(int i);
 
     /** The palette other than `except` whose colours equal `colors`, or null. */
     QSpritePalette *paletteWithColors(const QRGBPal &colors, const QSpritePalette *except) const;

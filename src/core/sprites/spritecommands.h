@@ -209,12 +209,28 @@ public:
     using ListMove::ListMove;
 };
 
+/**
+ * `Base`, which can insert and remove one item, as the command of an
+ * insertion (`inserts`) or of a removal.
+ */
+template <class Base, bool inserts>
+class InsertOrRemove : public Base
+{
+public:
+    using Base::Base;
+
+protected:
+    void apply(bool forward) override { forward == inserts ? this->insert() : this->remove(); }
+};
+
 /** A sprite that is in the list on one side of the command and not on the other. */
 class SpriteInsertRemove : public SpriteUndoCommand
 {
-protected:
+public:
     /** Keeps everything of the sprite at `position`, which is in the list now. */
     SpriteInsertRemove(QSprites *set, int position);
+
+protected:
     void insert();
     void remove();
 
@@ -227,29 +243,17 @@ private:
 };
 
 /** A sprite inserted; made after the sprite went into the list. */
-class SpriteInsert : public SpriteInsertRemove
+class SpriteInsert : public InsertOrRemove<SpriteInsertRemove, true>
 {
 public:
-    SpriteInsert(QSprites *set, int position)
-        : SpriteInsertRemove(set, position)
-    {
-    }
-
-protected:
-    void apply(bool forward) override { forward ? insert() : remove(); }
+    using InsertOrRemove::InsertOrRemove;
 };
 
 /** A sprite removed; made while the sprite is still in the list. */
-class SpriteRemove : public SpriteInsertRemove
+class SpriteRemove : public InsertOrRemove<SpriteInsertRemove, false>
 {
 public:
-    SpriteRemove(QSprites *set, int position)
-        : SpriteInsertRemove(set, position)
-    {
-    }
-
-protected:
-    void apply(bool forward) override { forward ? remove() : insert(); }
+    using InsertOrRemove::InsertOrRemove;
 };
 
 /** Group, index, axis, flags and palette of a sprite, swapped. */
@@ -276,8 +280,11 @@ public:
 /** A palette that is in the list on one side of the command and not on the other. */
 class PaletteInsertRemove : public SpriteUndoCommand
 {
-protected:
+public:
+    /** Keeps everything of the palette at `position`, which is in the list now. */
     PaletteInsertRemove(QSprites *set, int position);
+
+protected:
     void insert();
     void remove();
 
@@ -293,29 +300,17 @@ private:
 };
 
 /** A palette inserted; made after the palette went into the list. */
-class PaletteInsert : public PaletteInsertRemove
+class PaletteInsert : public InsertOrRemove<PaletteInsertRemove, true>
 {
 public:
-    PaletteInsert(QSprites *set, int position)
-        : PaletteInsertRemove(set, position)
-    {
-    }
-
-protected:
-    void apply(bool forward) override { forward ? insert() : remove(); }
+    using InsertOrRemove::InsertOrRemove;
 };
 
 /** A palette removed; made while the palette is still in the list. */
-class PaletteRemove : public PaletteInsertRemove
+class PaletteRemove : public InsertOrRemove<PaletteInsertRemove, false>
 {
 public:
-    PaletteRemove(QSprites *set, int position)
-        : PaletteInsertRemove(set, position)
-    {
-    }
-
-protected:
-    void apply(bool forward) override { forward ? remove() : insert(); }
+    using InsertOrRemove::InsertOrRemove;
 };
 
 /** A palette moved. */
