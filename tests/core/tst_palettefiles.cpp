@@ -234,14 +234,6 @@ private Q_SLOTS:
         QCOMPARE(colors.entries[255], entry(0, 0, 255));
     }
 
-    void riffWithAnEmptyChunk()
-    {
-        // Nothing to read, which is no refusal: every colour opaque black.
-        const QRGBPal colors = load(riff(8), QStringLiteral("pal"));
-        QCOMPARE(colors.entries[0], entry(0, 0, 0, 0));
-        QCOMPARE(colors.entries[200], entry(0, 0, 0));
-    }
-
     void jascFiles_data()
     {
         QTest::addColumn<QByteArray>("data");
@@ -268,15 +260,6 @@ private Q_SLOTS:
         const QRGBPal colors = load(data, QStringLiteral("pal"));
         for (int i = 0; i < 3; ++i)
             QCOMPARE(colors.entries[i], entry(expected[i * 4], expected[i * 4 + 1], expected[i * 4 + 2], expected[i * 4 + 3]));
-    }
-
-    void jascReadsNoMoreThan256Colours()
-    {
-        QByteArray data = "JASC-PAL\r\n0100\r\n300\r\n";
-        for (int i = 0; i < 300; ++i)
-            data += QByteArray::number(i % 256) + " 1 2\r\n";
-        const QRGBPal colors = load(data, QStringLiteral("pal"));
-        QCOMPARE(colors.entries[255], entry(255, 1, 2));
     }
 
     void painterSwatches()

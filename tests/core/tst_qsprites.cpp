@@ -57,16 +57,6 @@ class tst_QSprites : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aNewSetIsEmptyAt201()
-    {
-        QSprites set(nullptr, 0, false, -1);
-        QCOMPARE(set.version(), quint32(QSprites::Version_201));
-        QVERIFY(set.isEmpty());
-        QVERIFY(!set.isModified());
-        QVERIFY(set.undoEnabled());
-        QCOMPARE(set.undoStack()->undoLimit(), 64);
-    }
-
     void theListAndItsModel()
     {
         QSprites set(nullptr, 0, false, -1);
@@ -320,8 +310,10 @@ private Q_SLOTS:
         QCOMPARE(sprite->image(Default).colorTable(), colors(1).toColorVector());
         // Without a row for its palette, Remapped is Default.
         QCOMPARE(sprite->image(Remapped).colorTable(), colors(1).toColorVector());
-        // The first row of the source counts: (1, 1) to (1, 2).
-        set.remaps()->insertRows(0, 2);
+        // Rows of (1, 1, 1, 1) go at the end; the first row of a source counts.
+        QRemapModel *remaps = set.remaps();
+        QCOMPARE(remaps->headerData(3, Qt::Horizontal).toString(), QStringLiteral("Dst Num"));
+        remaps->insertRows(0, 2);
         set.remaps()->setData(set.remaps()->index(0, 3), 2);
         QCOMPARE(sprite->image(Remapped).colorTable(), colors(2).toColorVector());
         // A destination that doesn't exist leaves the palette's own colours.
@@ -330,30 +322,6 @@ private Q_SLOTS:
         sprite->setPalette(nullptr);
         QCOMPARE(sprite->image(Default).colorTable(), QList<QRgb>(256, 0));
         QCOMPARE(sprite->image(Remapped).colorTable(), QList<QRgb>(256, 0));
-    }
-
-    void theRemapTable()
-    {
-        QRemapModel model;
-        QCOMPARE(model.columnCount(), 4);
-        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("Src Grp"));
-        QCOMPARE(model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("Src Num"));
-        QCOMPARE(model.headerData(2, Qt::Horizontal).toString(), QStringLiteral("Dst Grp"));
-        QCOMPARE(model.headerData(3, Qt::Horizontal).toString(), QStringLiteral("Dst Num"));
-        QVERIFY(model.insertRows(0, 1));
-        // Rows go at the end, wherever they are asked for.
-        QVERIFY(model.insertRows(0, 1));
-        QVERIFY(model.setData(model.index(1, 0), 7));
-        QCOMPARE(model.data(model.index(0, 0)).toUInt(), 1u);
-        QCOMPARE(model.data(model.index(1, 0), Qt::EditRole).toUInt(), 7u);
-        QVERIFY(model.flags(model.index(1, 2)) & Qt::ItemIsEditable);
-        QRemap found;
-        QVERIFY(model.remapOf(7, 1, found));
-        QCOMPARE(found.dstIndex, 1u);
-        QVERIFY(!model.remapOf(7, 2, found));
-        QVERIFY(model.removeRows(0, 1));
-        QVERIFY(model.remapOf(7, 1, found));
-        QVERIFY(!model.removeRows(0, 5));
     }
 
     void setColorsAndItsSharers_data()
@@ -580,20 +548,6 @@ private Q_SLOTS:
             QCOMPARE(prompt.calls.at(0).title, QStringLiteral("Save SFF"));
             QCOMPARE(prompt.calls.at(0).text, refusal);
         }
-    }
-
-    void discardAsksOnlyWhenModified()
-    {
-        QSprites set(nullptr, 0, false, -1);
-        QRecordingUserPrompt prompt;
-        QVERIFY(set.checkDiscard());
-        set.add();
-        prompt.answer({false});
-        QVERIFY(!set.checkDiscard());
-        QCOMPARE(prompt.calls.size(), 1);
-        QCOMPARE(prompt.calls.at(0).title, QStringLiteral("Discard changes"));
-        QCOMPARE(prompt.calls.at(0).text,
-                 QStringLiteral("Do you really want to discard the changes made in the sprites and/or palettes?"));
     }
 
     void clearKeepsThePalettes()
