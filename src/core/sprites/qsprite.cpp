@@ -10,6 +10,7 @@
 #include <QImageWriter>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
