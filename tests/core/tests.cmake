@@ -25,3 +25,7 @@ add_custom_target(update-syntax-references
     DEPENDS tst_syntaxreferences
     COMMENT "Writing the references of the syntax samples"
     VERBATIM)
+kestrada_add_core_test(qsprites)
+kestrada_add_core_test(spritecommands)
+kestrada_add_core_test(palettefiles)
+kestrada_add_core_test(quantiser)

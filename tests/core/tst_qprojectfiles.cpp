@@ -3,6 +3,7 @@
 #include "core/base/filelookup.h"
 #include "core/base/qcodepages.h"
 #include "core/base/quserprompt.h"
+#include "core/sprites/qrgbpalette.h"
 #include "core/sprites/qsprites.h"
 #include "core/text/qcommand.h"
 #include "core/text/qcommands.h"
@@ -15,6 +16,19 @@
 #include <QtTest>
 
 using TestSupport::readFile;
+
+namespace {
+
+/** An ACT file whose colour i is (n, n, n) for i below 255 and white at 255. */
+QByteArray actOf(int n)
+{
+    QByteArray bytes(768, char(n));
+    bytes[0] = bytes[1] = bytes[2] = char(255);
+    return bytes;
+}
+
+} // namespace
+
 using TestSupport::writeFile;
 
 class tst_QProjectFiles : public QObject
@@ -257,6 +271,55 @@ private Q_SLOTS:
         QVERIFY(project.saveForTest(target, QStringLiteral("t"), created));
         QCOMPARE(readFile(target + QStringLiteral("a/x.cns")), QByteArray("; a\r\n"));
         QCOMPARE(readFile(target + QStringLiteral("b/x.cns")), QByteArray("; b\r\n"));
+    }
+
+    void palettesAreNumberedByTheFilesFound()
+    {
+        const QString def = path(QStringLiteral("pals/p.def"));
+        QVERIFY(writeFile(def, "[Files]\r\npal1 = missing.act\r\npal3 = three.act\r\npal4 = rgb.png\r\npal5 = five.act\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("pals/three.act")), actOf(3)));
+        QVERIFY(writeFile(path(QStringLiteral("pals/five.act")), actOf(5)));
+        // A file that can't be read as a palette keeps its number all the same.
+        QVERIFY(QImage(2, 2, QImage::Format_RGB32).save(path(QStringLiteral("pals/rgb.png"))));
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QSprites *sprites = project.sprites();
+        QCOMPARE(sprites->paletteCount(), 2);
+        QCOMPARE(sprites->paletteAt(0)->itemGroup(), 1);
+        QCOMPARE(sprites->paletteAt(0)->itemIndex(), 1);
+        QCOMPARE(sprites->paletteAt(0)->colors().at(1), qRgb(3, 3, 3));
+        QCOMPARE(sprites->paletteAt(1)->itemIndex(), 3);
+        QCOMPARE(sprites->paletteAt(1)->colors().at(1), qRgb(5, 5, 5));
+        // The entry the engine shows transparent.
+        QCOMPARE(qAlpha(sprites->paletteAt(0)->colors().at(0)), 0);
+        // Opening isn't a change: nothing to save, nothing to undo.
+        QVERIFY(!sprites->isModified());
+        QCOMPARE(sprites->undoStack()->count(), 0);
+        QVERIFY(sprites->undoEnabled());
+    }
+
+    void testCopiesWriteThePalettesInMemory()
+    {
+        const QString def = path(QStringLiteral("palcopy/p.def"));
+        QVERIFY(writeFile(def, "[Files]\r\npal1 = one.act\r\npal2 = sub\\rgb.png\r\npal3 = gone.act\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("palcopy/one.act")), actOf(1)));
+        QVERIFY(QDir().mkpath(path(QStringLiteral("palcopy/sub"))));
+        QVERIFY(QImage(2, 2, QImage::Format_RGB32).save(path(QStringLiteral("palcopy/sub/rgb.png"))));
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QRGBPal changed = QRGBPal::fromByteArray(QByteArray(1024, char(9)));
+        project.sprites()->palette(1, 1)->setColors(changed, Share);
+
+        QStringList created;
+        const QString target = path(QStringLiteral("palcopy-out/"));
+        QVERIFY(project.saveForTest(target, QStringLiteral("t"), created));
+        // Palette 1,1 as it is now; the file that gave no palette is copied as it is.
+        QCOMPARE(TestSupport::readFile(target + QStringLiteral("one.act")), QByteArray(768, char(9)));
+        QCOMPARE(TestSupport::readFile(target + QStringLiteral("sub/rgb.png")),
+                 TestSupport::readFile(path(QStringLiteral("palcopy/sub/rgb.png"))));
+        QVERIFY(!QFileInfo::exists(target + QStringLiteral("gone.act")));
+        // The project's own file didn't change.
+        QCOMPARE(TestSupport::readFile(path(QStringLiteral("palcopy/one.act"))), actOf(1));
     }
 
     void testCopiesOfAStageRewriteEverySprLine()

@@ -164,6 +164,42 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(file).size(), qint64(0));
     }
 
+    void manyReleasesCompactOnce_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::newRow("disk") << int(QStreamCache::Disk);
+        QTest::newRow("memory") << int(QStreamCache::Memory);
+    }
+
+    void manyReleasesCompactOnce()
+    {
+        QFETCH(int, mode);
+        QStreamCache store(QStringLiteral("mugenspr"), mode);
+        QStreamCache other(QStringLiteral("mugenspr"), mode);
+        QList<QStreamCacheEntry *> entries;
+        QList<QByteArray> blobs;
+        for (int i = 0; i < 6; ++i) {
+            blobs.append(blob(100 + i * 10, i));
+            entries.append(store.add(blobs.last(), 0, QImageInfo()));
+        }
+        QStreamCacheEntry *foreign = other.add(blob(50, 9), 0, QImageInfo());
+        // The second and the fourth go; a null entry and another store's are ignored.
+        store.release(QList<QStreamCacheEntry *>({entries[3], nullptr, entries[1], foreign}));
+        QCOMPARE(store.count(), 4);
+        QCOMPARE(other.count(), 1);
+        for (int i : {0, 2, 4, 5})
+            QCOMPARE(store.raw(entries[i]), blobs[i]);
+        if (mode == QStreamCache::Disk) {
+            QCOMPARE(QFileInfo(store.fileName()).size(), qint64(100 + 120 + 140 + 150));
+            QCOMPARE(entries[2]->position(), quint32(100));
+            QCOMPARE(entries[4]->position(), quint32(220));
+            QCOMPARE(entries[5]->position(), quint32(360));
+        }
+        // The entries went back to the pool: the next ones reuse them.
+        QStreamCacheEntry *again = store.add(blob(10, 1), 0, QImageInfo());
+        QVERIFY(again == entries[1] || again == entries[3]);
+    }
+
     void diskFileIsUniqueAndGoesWithTheStore()
     {
         QString first;

@@ -6,6 +6,7 @@
 #include "../animation/qanimations.h"
 #include "../base/filelookup.h"
 #include "../sounds/qsounds.h"
+#include "../sprites/qrgbpalette.h"
 #include "../sprites/qsprites.h"
 #include "../text/qcommands.h"
 #include "../text/qdefinitions.h"
@@ -50,6 +51,30 @@ private:
     QString m_folder;
 };
 
+/**
+ * Brackets the reading of the character's palette files: what a project
+ * opens with is no change of its sprites, to undo or to save.
+ */
+class PaletteLoad
+{
+public:
+    explicit PaletteLoad(QSprites *sprites)
+        : m_sprites(sprites)
+    {
+        m_sprites->setUndoEnabled(false);
+    }
+    ~PaletteLoad()
+    {
+        m_sprites->setUndoEnabled(true);
+        m_sprites->setModified(false);
+    }
+    PaletteLoad(const PaletteLoad &) = delete;
+    PaletteLoad &operator=(const PaletteLoad &) = delete;
+
+private:
+    QSprites *m_sprites;
+};
+
 bool isFile(const QString &path)
 {
     return QFileInfo(path).isFile();
@@ -76,17 +101,22 @@ bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool
 
     // A palette file that isn't there takes no number: numbers follow the files found.
     uint n = 1;
-    for (const QString &name : files.palettes) {
-        const QString path = findFile(base, name);
-        if (!isFile(path))
-            continue;
-        copies.copy(path);
-        // TODO: read the palette file and add it to the sprites as palette 1,n,
-        // once the sprite set holds palettes.
-        Q_EMIT progress(n, total, allow);
-        ++n;
-        if (!allow)
-            return true;
+    {
+        const PaletteLoad load(m_sprites);
+        for (const QString &name : files.palettes) {
+            const QString path = findFile(base, name);
+            if (!isFile(path))
+                continue;
+            copies.copy(path);
+            // A file that can't be read keeps its number all the same.
+            QRGBPal colors;
+            if (QRGBPalette(&colors).fromFile(path))
+                m_sprites->addPalette(colors, false, 1, int(n));
+            Q_EMIT progress(n, total, allow);
+            ++n;
+            if (!allow)
+                return true;
+        }
     }
 
     // Every load from here on fails quietly and leaves its document empty.
@@ -323,10 +353,13 @@ bool QProject::saveForTest(const QString &directory, const QString &name, QStrin
     if (type() != Character)
         return true;
 
+    // Palette n of the DEF is the character's palette 1,n, as it stands in memory.
     for (int i = 0; i < files.palettes.size(); ++i) {
         const QString path = directory + files.palettes.at(i);
-        // TODO: write palette 1,i+1 of the sprites when the set holds it in memory.
-        copyFromProject(files.palettes.at(i), path);
+        const QSpritePalette *palette = m_sprites->palette(1, i + 1);
+        makeFolderOf(path);
+        if (!palette || !palette->toFile(path))
+            copyFromProject(files.palettes.at(i), path);
     }
 
     const QString animations = directory + files.animations;

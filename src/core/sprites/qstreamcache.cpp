@@ -3,8 +3,10 @@
 #include "qstreamcachefilter.h"
 
 #include <QDir>
+#include <QSet>
 #include <QTemporaryFile>
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <optional>
@@ -154,23 +156,26 @@ void QStreamCache::removeFromFile(QStreamCacheEntry *entry)
     const qint64 position = entry->m_position;
     const qint64 stored = entry->m_storedSize;
     const qint64 end = m_file->size();
-    // Everything behind the blob moves up over it, block by block.
-    qint64 from = position + stored;
-    qint64 to = position;
-    while (from < end) {
-        const QByteArray block = (m_file->seek(from)) ? m_file->read(qMin(MoveChunk, end - from)) : QByteArray();
-        if (block.isEmpty() || !m_file->seek(to) || m_file->write(block) != block.size())
-            break;
-        from += block.size();
-        to += block.size();
-    }
-    m_file->resize(to);
+    // Everything behind the blob moves up over it.
+    m_file->resize(position + moveDown(position + stored, position, end - (position + stored)));
     m_file->flush();
     for (QStreamCacheEntry *other : std::as_const(m_entries)) {
         if (other->m_onDisk && other != entry && other->m_position > position)
             other->m_position -= quint32(stored);
     }
     entry->m_onDisk = false;
+}
+
+qint64 QStreamCache::moveDown(qint64 from, qint64 to, qint64 size)
+{
+    qint64 moved = 0;
+    while (moved < size) {
+        const QByteArray block = m_file->seek(from + moved) ? m_file->read(qMin(MoveChunk, size - moved)) : QByteArray();
+        if (block.isEmpty() || !m_file->seek(to + moved) || m_file->write(block) != block.size())
+            break;
+        moved += block.size();
+    }
+    return moved;
 }
 
 QByteArray QStreamCache::raw(const QStreamCacheEntry *entry) const
@@ -258,6 +263,56 @@ void QStreamCache::release(QStreamCacheEntry *entry)
         return;
     removeFromFile(entry);
     QStreamCacheEntryPool::instance().giveBack(entry);
+}
+
+void QStreamCache::release(const QList<QStreamCacheEntry *> &entries)
+{
+    const QSet<QStreamCacheEntry *> mine(m_entries.cbegin(), m_entries.cend());
+    QSet<QStreamCacheEntry *> gone;
+    for (QStreamCacheEntry *entry : entries) {
+        if (entry && mine.contains(entry))
+            gone.insert(entry);
+    }
+    if (gone.isEmpty())
+        return;
+
+    if (m_mode == Disk) {
+        QList<QStreamCacheEntry *> onDisk;
+        for (QStreamCacheEntry *entry : std::as_const(m_entries)) {
+            if (entry->m_onDisk)
+                onDisk.append(entry);
+        }
+        std::sort(onDisk.begin(), onDisk.end(),
+                  [](const QStreamCacheEntry *a, const QStreamCacheEntry *b) { return a->m_position < b->m_position; });
+        // From the first gap on, every blob that stays moves down to the
+        // end of the ones before it.
+        qint64 to = -1;
+        bool moved = true;
+        for (QStreamCacheEntry *entry : std::as_const(onDisk)) {
+            if (gone.contains(entry)) {
+                if (to < 0)
+                    to = entry->m_position;
+                entry->m_onDisk = false;
+                continue;
+            }
+            if (to < 0)
+                continue;
+            // After a failed move the rest stays where it is, whole.
+            if (moved && to != entry->m_position)
+                moved = moveDown(entry->m_position, to, entry->m_storedSize) == entry->m_storedSize;
+            if (moved) {
+                entry->m_position = quint32(to);
+                to += entry->m_storedSize;
+            }
+        }
+        if (moved && to >= 0) {
+            m_file->resize(to);
+            m_file->flush();
+        }
+    }
+    m_entries.removeIf([&gone](QStreamCacheEntry *entry) { return gone.contains(entry); });
+    for (QStreamCacheEntry *entry : std::as_const(gone))
+        QStreamCacheEntryPool::instance().giveBack(entry);
 }
 
 void QStreamCache::clear()

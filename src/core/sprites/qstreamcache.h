@@ -125,6 +125,13 @@ public:
 
     /** Removes `entry` from the store and gives it back to the pool. */
     void release(QStreamCacheEntry *entry);
+    /**
+     * Releases many entries at once. In disk mode the file is compacted in
+     * one pass over what lies behind the first of them, where releasing
+     * them one by one would move everything behind each of them again.
+     * Entries not of this store and null ones are ignored.
+     */
+    void release(const QList<QStreamCacheEntry *> &entries);
     /** Releases every entry and empties the file. */
     void clear();
 
@@ -141,6 +148,8 @@ private:
                quint64 hash);
     /** Takes the entry's bytes out of the file, moving everything behind them up. */
     void removeFromFile(QStreamCacheEntry *entry);
+    /** Copies `size` bytes of the file from `from` down to `to`, block by block; gives how many went. */
+    qint64 moveDown(qint64 from, qint64 to, qint64 size);
     /** The entry's hash, computed from its decoded pixels when missing; `pixels` keeps them if decoded. */
     quint64 ensureHash(QStreamCacheEntry *entry, std::optional<QByteArray> *pixels) const;
 
