@@ -1,6 +1,8 @@
 #include "verbs.h"
 
 #include "cliapp.h"
+#include "runverb.h"
+#include "soundverbs.h"
 
 #include "core/base/qmugenmodel.h"
 
@@ -190,6 +192,7 @@ void registerFormats()
     configurationFormat.info = configurationInfo;
     configurationFormat.save = configurationSave;
     registerFormat(configurationFormat);
+    registerSoundFormat();
 }
 
 void registerVerbs()
@@ -215,6 +218,8 @@ void registerVerbs()
               QStringLiteral("read a file and write it again, converted where asked"),
               saveFlags, saveValues, 2, 2, runSave};
     registerVerb(save);
+    registerSoundVerbs();
+    registerRunVerb();
 }
 
 } // namespace Cli
