@@ -5,7 +5,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -22,24 +21,8 @@ private:
     QTemporaryDir m_dir;
     QString path(const QString &name) const { return m_dir.filePath(name); }
 
-    struct Output
-    {
-        int code = -1;
-        QByteArray out;
-        QByteArray err;
-    };
-
-    Output cli(const QStringList &arguments)
-    {
-        QProcess tool;
-        tool.start(TestSupport::binDir() + QStringLiteral("/kestrada-cli"), arguments);
-        Output output;
-        if (tool.waitForFinished(30000) && tool.exitStatus() == QProcess::NormalExit)
-            output.code = tool.exitCode();
-        output.out = tool.readAllStandardOutput();
-        output.err = tool.readAllStandardError();
-        return output;
-    }
+    using Output = TestSupport::CliResult;
+    static Output cli(const QStringList &arguments) { return TestSupport::runCli(arguments); }
 
     /** Two sounds and an empty one: 1,2 then -3,4 then an empty 1,2. */
     QString soundFile()

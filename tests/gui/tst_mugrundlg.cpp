@@ -19,6 +19,18 @@ private:
         model.add(QStringLiteral("Three"), QStringLiteral("/3/Ikemen_GO"), QStringLiteral("kfm kfm -s %0"), QString());
     }
 
+    /** Shows the dialog and clicks the row `row` of its list; the point clicked. */
+    static QPoint clickRow(MugRunDlg &dialog, const QMugenModel &model, int row)
+    {
+        dialog.show();
+        if (!QTest::qWaitForWindowExposed(&dialog))
+            return QPoint();
+        auto *list = dialog.findChild<QListView *>(QStringLiteral("list"));
+        const QPoint place = list->visualRect(model.index(row)).center();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+        return place;
+    }
+
     static QPushButton *okButton(const MugRunDlg &dialog)
     {
         return dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
@@ -70,10 +82,7 @@ private Q_SLOTS:
         QMugenModel model;
         fill(model);
         MugRunDlg dialog(nullptr, &model);
-        dialog.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
-        auto *list = dialog.findChild<QListView *>(QStringLiteral("list"));
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(model.index(2)).center());
+        QVERIFY(!clickRow(dialog, model, 2).isNull());
         // Only asking for the executable stores the row.
         QVERIFY(!model.config.contains(QStringLiteral("last_mugen")));
         QCOMPARE(dialog.params(), QStringLiteral("kfm kfm -s %0"));
@@ -86,13 +95,10 @@ private Q_SLOTS:
         QMugenModel model;
         fill(model);
         MugRunDlg dialog(nullptr, &model);
-        dialog.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
-        auto *list = dialog.findChild<QListView *>(QStringLiteral("list"));
-        const QPoint place = list->visualRect(model.index(1)).center();
         // A double click is a press and release, then the double-click event.
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
-        QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
+        const QPoint place = clickRow(dialog, model, 1);
+        QVERIFY(!place.isNull());
+        QTest::mouseDClick(dialog.findChild<QListView *>(QStringLiteral("list"))->viewport(), Qt::LeftButton, {}, place);
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         QCOMPARE(dialog.exe(), QStringLiteral("/2/mugen.exe"));
     }

@@ -18,4 +18,18 @@ QByteArray readFile(const QString &path);
 /** Writes a file, making its folder; false on failure. */
 bool writeFile(const QString &path, const QByteArray &bytes);
 
+/** How a run of kestrada-cli ended. */
+struct CliResult
+{
+    /** The exit code; -1 when it didn't end in time, -2 when it crashed. */
+    int code = -1;
+    QByteArray out;
+    QByteArray err;
+};
+/**
+ * Runs kestrada-cli with `arguments` and no display at all, in this
+ * process's environment otherwise, and waits up to 30 seconds.
+ */
+CliResult runCli(const QStringList &arguments);
+
 } // namespace TestSupport

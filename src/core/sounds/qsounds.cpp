@@ -40,15 +40,20 @@ void QSounds::clearItems()
     m_store.clear();
 }
 
+void QSounds::reset()
+{
+    clearItems();
+    m_fileName.clear();
+    m_undoStack.clear();
+    m_currentIndex = 0;
+}
+
 void QSounds::clear()
 {
     stop();
     beginResetModel();
-    clearItems();
+    reset();
     endResetModel();
-    m_fileName.clear();
-    m_undoStack.clear();
-    m_currentIndex = 0;
     m_modified = false;
     Q_EMIT changed();
     notifyOwner();
@@ -83,10 +88,7 @@ bool QSounds::load(const QString &fileName, bool asCopy)
 
     const QString previousName = m_fileName;
     beginResetModel();
-    clearItems();
-    m_fileName.clear();
-    m_undoStack.clear();
-    m_currentIndex = 0;
+    reset();
     m_undoEnabled = false;
     m_loading = true;
 

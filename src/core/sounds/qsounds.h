@@ -219,6 +219,8 @@ private:
     void storeSample(QSoundItem *item, const QByteArray &bytes);
     /** Drops every sound and its bytes, without signals. */
     void clearItems();
+    /** clearItems(), and the file name, the undo history and the current index go too. */
+    void reset();
     bool exportItems(const QList<int> &indexes, const QString &fileName);
 
     bool m_undoEnabled = true;
