@@ -239,6 +239,7 @@ private Q_SLOTS:
         fill(sounds, {{1, 1}});
         const QString before = state(sounds);
         QVERIFY(!sounds.load(path(QStringLiteral("absent.snd")), false));
+        QCOMPARE(sounds.errorString(), QStringLiteral("no such file"));
         QVERIFY(!sounds.load(m_dir.path(), false));
         QCOMPARE(state(sounds), before);
         QCOMPARE(sounds.fileName(), path(QStringLiteral("fill.snd")));
@@ -653,6 +654,8 @@ private Q_SLOTS:
             + extensibleFormat + "data" + SndBuilder::le32(20) + QByteArray(20, '\x01');
         QTest::newRow("extensible PCM") << extensible << true << int(QAudioFormat::Int16) << 20;
         QTest::newRow("ADPCM") << SndBuilder::wav(1, 8000, 4, 10, 2) << false << 0 << 0;
+        // More channels than any output takes (and than QAudioFormat keeps).
+        QTest::newRow("32769 channels") << SndBuilder::wav(0x8001, 8000, 8, 1) << false << 0 << 0;
         // A data chunk claiming more than there is: whole frames of what is there.
         QByteArray cut = SndBuilder::wav(2, 8000, 16, 10);
         cut.chop(3);

@@ -13,6 +13,8 @@ namespace {
 constexpr quint16 TagPcm = 1;
 constexpr quint16 TagFloat = 3;
 constexpr quint16 TagExtensible = 0xFFFE;
+constexpr int MaxChannels = 32;
+constexpr quint32 MaxRate = 768000;
 
 /** Samples read from memory, from the start again at the end when looping. */
 class SampleSource : public QIODevice
@@ -109,13 +111,15 @@ bool QSoundPlayer::decode(const QByteArray &wav, QAudioFormat *format, QByteArra
 
     quint16 tag = qFromLittleEndian<quint16>(fmt);
     const int channels = qFromLittleEndian<quint16>(fmt + 2);
-    const int rate = int(qMin<quint32>(qFromLittleEndian<quint32>(fmt + 4), 1000000));
+    const quint32 rate = qFromLittleEndian<quint32>(fmt + 4);
     const int bits = qFromLittleEndian<quint16>(fmt + 14);
     // An extensible format names its real encoding in the first two bytes
     // of its sub-format.
     if (tag == TagExtensible && fmtSize >= 26)
         tag = qFromLittleEndian<quint16>(fmt + 24);
-    if (channels <= 0 || rate <= 0)
+    // Beyond these no output goes, and QAudioFormat keeps channels in 16
+    // signed bits.
+    if (channels <= 0 || channels > MaxChannels || rate == 0 || rate > MaxRate)
         return false;
 
     QAudioFormat::SampleFormat sampleFormat = QAudioFormat::Unknown;
@@ -135,7 +139,7 @@ bool QSoundPlayer::decode(const QByteArray &wav, QAudioFormat *format, QByteArra
     dataSize -= dataSize % frame;
     format->setSampleFormat(sampleFormat);
     format->setChannelCount(channels);
-    format->setSampleRate(rate);
+    format->setSampleRate(int(rate));
     *samples = bits == 24 ? widen24(bytes + dataOffset, dataSize) : QByteArray(bytes + dataOffset, dataSize);
     return true;
 }

@@ -81,7 +81,11 @@ bool QSounds::load(const QString &fileName, bool asCopy)
     m_error.clear();
     QFile file(fileName);
     // A folder opens on some systems; it is never an SND file.
-    if (!QFileInfo(fileName).isFile() || !file.open(QIODevice::ReadOnly)) {
+    if (!QFileInfo(fileName).isFile()) {
+        m_error = tr("no such file");
+        return false;
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
         m_error = file.errorString();
         return false;
     }
