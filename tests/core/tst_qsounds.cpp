@@ -683,18 +683,6 @@ private Q_SLOTS:
         if (format == QAudioFormat::Int32 && QTest::currentDataTag() == QByteArray("24-bit"))
             QCOMPARE(data.left(4), QByteArray(1, '\0') + wav.mid(44, 3));
     }
-
-    void theModelShowsGroupAndNumber()
-    {
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        fill(sounds, {{3, -1}});
-        QCOMPARE(sounds.rowCount(), 1);
-        QCOMPARE(sounds.data(sounds.index(0)).toString(), QStringLiteral("3, -1"));
-        QVERIFY(!sounds.data(sounds.index(0), Qt::DecorationRole).isValid());
-        QSignalSpy data(&sounds, &QAbstractItemModel::dataChanged);
-        sounds.setSubItem(0, 4, 4);
-        QCOMPARE(data.count(), 1);
-    }
 };
 
 QTEST_GUILESS_MAIN(tst_QSounds)

@@ -66,7 +66,7 @@ void QSounds::setModified(bool modified)
     notifyOwner();
 }
 
-void QSounds::changedBy()
+void QSounds::changeDone()
 {
     m_modified = true;
     if (m_loading)
@@ -234,7 +234,7 @@ void QSounds::insert(int index)
     endInsertRows();
     if (m_undoEnabled)
         m_undoStack.push(new SoundInsert(this, index));
-    changedBy();
+    changeDone();
 }
 
 void QSounds::insertSound(int index, qint32 group, qint32 number, const QByteArray &bytes)
@@ -272,7 +272,7 @@ void QSounds::remove(int index)
     delete item;
     if (m_currentIndex >= count())
         m_currentIndex = qMax(0, count() - 1);
-    changedBy();
+    changeDone();
 }
 
 void QSounds::move(int from, int to)
@@ -286,7 +286,7 @@ void QSounds::move(int from, int to)
     endMoveRows();
     if (m_undoEnabled)
         m_undoStack.push(new SoundMove(this, from, to));
-    changedBy();
+    changeDone();
 }
 
 void QSounds::setSubItem(int index, qint32 group, qint32 number)
@@ -304,7 +304,7 @@ void QSounds::setSubItem(int index, qint32 group, qint32 number)
     Q_EMIT dataChanged(row, row);
     if (m_undoEnabled)
         m_undoStack.push(new SoundChangeInfo(this, index, oldGroup, oldNumber));
-    changedBy();
+    changeDone();
 }
 
 void QSounds::setSample(int index, const QByteArray &bytes)
@@ -315,7 +315,7 @@ void QSounds::setSample(int index, const QByteArray &bytes)
     storeSample(m_sounds.at(index), bytes);
     if (m_undoEnabled)
         m_undoStack.push(new SoundChangeSample(this, index, previous));
-    changedBy();
+    changeDone();
 }
 
 QByteArray QSounds::sample(int index) const

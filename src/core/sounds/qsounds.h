@@ -212,7 +212,7 @@ private:
 
     bool validIndex(int index) const { return index >= 0 && index < count(); }
     /** Ends every operation: modified, and outside a load the change notification. */
-    void changedBy();
+    void changeDone();
     /** Inserts a whole sound at `index` as one undo step. */
     void insertSound(int index, qint32 group, qint32 number, const QByteArray &bytes);
     /** Gives a sound new bytes and the header facts read from them. */
