@@ -2,6 +2,8 @@
 
 #include "cliapp.h"
 #include "textverbs.h"
+#include "runverb.h"
+#include "soundverbs.h"
 
 #include "core/base/qmugenmodel.h"
 #include "core/base/qprojecttypes.h"
@@ -298,6 +300,7 @@ void registerFormats()
     configurationFormat.save = configurationSave;
     registerFormat(configurationFormat);
     registerTextFormats();
+    registerSoundFormat();
 }
 
 void registerVerbs()
@@ -323,6 +326,8 @@ void registerVerbs()
               QStringLiteral("read a file and write it again, converted where asked"),
               saveFlags, saveValues, 2, 2, runSave};
     registerVerb(save);
+    registerSoundVerbs();
+    registerRunVerb();
 }
 
 } // namespace Cli

@@ -8,3 +8,7 @@ add_test(NAME no_widgets_in_cli
 add_test(NAME no_widgets_in_core
          COMMAND sh -c "! ldd \"$<TARGET_FILE:tst_qmugenmodel>\" | grep -i widgets")
 set_property(TEST no_widgets_in_cli no_widgets_in_core PROPERTY LABELS cli)
+
+# Sound files and test runs through the real program, with the stand-in engine.
+kestrada_add_test(clisounds LIBS kestrada-core LABELS cli)
+add_dependencies(tst_clisounds kestrada-cli fakeengine)

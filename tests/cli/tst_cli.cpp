@@ -17,31 +17,8 @@ class tst_Cli : public QObject
 private:
     QTemporaryDir m_dir;
 
-    struct Result
-    {
-        int code = -1;
-        QByteArray out;
-        QByteArray err;
-    };
-
-    Result run(const QStringList &arguments)
-    {
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        // No display at all: the tool must not need one.
-        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
-        process.setProcessEnvironment(environment);
-        process.start(TestSupport::binDir() + QStringLiteral("/kestrada-cli"), arguments);
-        Result result;
-        if (!process.waitForFinished(30000))
-            return result;
-        result.code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-        result.out = process.readAllStandardOutput();
-        result.err = process.readAllStandardError();
-        return result;
-    }
+    using Result = TestSupport::CliResult;
+    Result run(const QStringList &arguments) { return TestSupport::runCli(arguments); }
 
 private Q_SLOTS:
     void helpAndVersion()

@@ -29,3 +29,10 @@ kestrada_add_core_test(qsprites)
 kestrada_add_core_test(spritecommands)
 kestrada_add_core_test(palettefiles)
 kestrada_add_core_test(quantiser)
+kestrada_add_core_test(qsounds)
+kestrada_add_core_test(qmugenrun)
+# The stand-in engine of the test runs: plain C++, started as an outside
+# program. It lands beside the tests, where tst_qmugenrun looks for it.
+add_executable(fakeengine "${CMAKE_CURRENT_LIST_DIR}/../support/fakeengine.cpp")
+set_target_properties(fakeengine PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+add_dependencies(tst_qmugenrun fakeengine)

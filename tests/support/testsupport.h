@@ -24,4 +24,18 @@ bool writeFile(const QString &path, const QByteArray &bytes);
 QString unifiedDiff(const QStringList &expected, const QStringList &actual, const QString &expectedName,
                     const QString &actualName);
 
+/** How a run of kestrada-cli ended. */
+struct CliResult
+{
+    /** The exit code; -1 when it didn't end in time, -2 when it crashed. */
+    int code = -1;
+    QByteArray out;
+    QByteArray err;
+};
+/**
+ * Runs kestrada-cli with `arguments` and no display at all, in this
+ * process's environment otherwise, and waits up to 30 seconds.
+ */
+CliResult runCli(const QStringList &arguments);
+
 } // namespace TestSupport

@@ -1,0 +1,125 @@
+#include "core/base/qmugenmodel.h"
+#include "gui/app/mugrundlg.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QListView>
+#include <QPushButton>
+#include <QtTest>
+
+class tst_MugRunDlg : public QObject
+{
+    Q_OBJECT
+
+private:
+    static void fill(QMugenModel &model)
+    {
+        model.add(QStringLiteral("One"), QStringLiteral("/1/mugen.exe"), QStringLiteral("%0 %0"), QString());
+        model.add(QStringLiteral("Two"), QStringLiteral("/2/mugen.exe"), QStringLiteral("%0 kfm"), QString());
+        model.add(QStringLiteral("Three"), QStringLiteral("/3/Ikemen_GO"), QStringLiteral("kfm kfm -s %0"), QString());
+    }
+
+    /** Shows the dialog and clicks the row `row` of its list; the point clicked. */
+    static QPoint clickRow(MugRunDlg &dialog, const QMugenModel &model, int row)
+    {
+        dialog.show();
+        if (!QTest::qWaitForWindowExposed(&dialog))
+            return QPoint();
+        auto *list = dialog.findChild<QListView *>(QStringLiteral("list"));
+        const QPoint place = list->visualRect(model.index(row)).center();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+        return place;
+    }
+
+    static QPushButton *okButton(const MugRunDlg &dialog)
+    {
+        return dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
+    }
+
+private Q_SLOTS:
+    void showsTheChoice()
+    {
+        QMugenModel model;
+        fill(model);
+        MugRunDlg dialog(nullptr, &model);
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Run in M.U.G.E.N."));
+        QStringList labels;
+        for (const QLabel *label : dialog.findChildren<QLabel *>())
+            labels.append(label->text());
+        QVERIFY(labels.contains(QStringLiteral("Choose the target:")));
+        QVERIFY(labels.contains(QStringLiteral("M.U.G.E.N. will fail if you try to test a char created with a new "
+                                               "format in an older version (default format is 1.1).")));
+        auto *list = dialog.findChild<QListView *>(QStringLiteral("list"));
+        QVERIFY(list);
+        QCOMPARE(list->model(), &model);
+    }
+
+    void startsOnTheLastOneUsed_data()
+    {
+        QTest::addColumn<QVariant>("last");
+        QTest::addColumn<int>("row");
+        QTest::newRow("never used") << QVariant() << 0;
+        QTest::newRow("the second") << QVariant(QStringLiteral("1")) << 1;
+        QTest::newRow("one that is gone") << QVariant(7) << 0;
+    }
+
+    void startsOnTheLastOneUsed()
+    {
+        QFETCH(QVariant, last);
+        QFETCH(int, row);
+        QMugenModel model;
+        fill(model);
+        if (last.isValid())
+            model.config[QStringLiteral("last_mugen")] = last;
+        MugRunDlg dialog(nullptr, &model);
+        QCOMPARE(dialog.params(), model.installation(row).params);
+        QCOMPARE(dialog.exe(), model.installation(row).exe);
+        QCOMPARE(model.config.value(QStringLiteral("last_mugen")).toInt(), row);
+    }
+
+    void exeRemembersTheChoice()
+    {
+        QMugenModel model;
+        fill(model);
+        MugRunDlg dialog(nullptr, &model);
+        QVERIFY(!clickRow(dialog, model, 2).isNull());
+        // Only asking for the executable stores the row.
+        QVERIFY(!model.config.contains(QStringLiteral("last_mugen")));
+        QCOMPARE(dialog.params(), QStringLiteral("kfm kfm -s %0"));
+        QCOMPARE(dialog.exe(), QStringLiteral("/3/Ikemen_GO"));
+        QCOMPARE(model.config.value(QStringLiteral("last_mugen")).toInt(), 2);
+    }
+
+    void aDoubleClickAccepts()
+    {
+        QMugenModel model;
+        fill(model);
+        MugRunDlg dialog(nullptr, &model);
+        // A double click is a press and release, then the double-click event.
+        const QPoint place = clickRow(dialog, model, 1);
+        QVERIFY(!place.isNull());
+        QTest::mouseDClick(dialog.findChild<QListView *>(QStringLiteral("list"))->viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(dialog.exe(), QStringLiteral("/2/mugen.exe"));
+    }
+
+    void withoutASelectionThereIsNothing()
+    {
+        QMugenModel model;
+        MugRunDlg dialog(nullptr, &model);
+        QVERIFY(!okButton(dialog)->isEnabled());
+        QCOMPARE(dialog.exe(), QString());
+        QCOMPARE(dialog.params(), QString());
+        QVERIFY(!model.config.contains(QStringLiteral("last_mugen")));
+
+        fill(model);
+        MugRunDlg filled(nullptr, &model);
+        QVERIFY(okButton(filled)->isEnabled());
+        filled.findChild<QListView *>(QStringLiteral("list"))->clearSelection();
+        QVERIFY(!okButton(filled)->isEnabled());
+        QCOMPARE(filled.exe(), QString());
+    }
+};
+
+QTEST_MAIN(tst_MugRunDlg)
+#include "tst_mugrundlg.moc"
