@@ -2,6 +2,8 @@
 
 #include "kestrada_version.h"
 
+#include "core/base/qmessages.h"
+
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -116,11 +118,30 @@ void error(const QString &verb, const QString &text)
 QString formatDiagnostic(const Diagnostic &d)
 {
     static const char *const names[] = {"error", "warning", "note"};
+    // A message about a whole binary file has no place in it.
+    if (d.line <= 0)
+        return QStringLiteral("%1: %2: %3").arg(d.path, QLatin1String(names[d.severity]), d.text);
     return QStringLiteral("%1:%2:%3: %4: %5")
         .arg(d.path)
         .arg(d.line)
         .arg(d.column)
         .arg(QLatin1String(names[d.severity]), d.text);
+}
+
+void appendMessages(const QMessages &messages, const QString &path, QList<Diagnostic> &out)
+{
+    for (int row = 0; row < messages.count(QMessages::AnySeverity); ++row) {
+        const QMessage &message = messages.at(row);
+        Diagnostic diagnostic;
+        diagnostic.path = path;
+        diagnostic.line = message.index + 1;
+        diagnostic.severity = message.severity == QMessages::Error     ? Diagnostic::Error
+                              : message.severity == QMessages::Warning ? Diagnostic::Warning
+                                                                       : Diagnostic::Note;
+        const bool palette = messages.fileType() == FileSprites && message.line == 1 && message.index >= 0;
+        diagnostic.text = palette ? QStringLiteral("palette: ") + message.text : message.text;
+        out.append(diagnostic);
+    }
 }
 
 void printJson(const QJsonValue &value)

@@ -10,6 +10,8 @@
 
 #include <functional>
 
+class QMessages;
+
 /**
  * The frame of kestrada-cli: verbs, their options, and the formats that the
  * generic verbs (info, check, save) dispatch to by file.
@@ -40,7 +42,7 @@ struct Diagnostic
     enum Severity { Error, Warning, Note };
 
     QString path;
-    /** From 1. */
+    /** From 1; 0 for a message about the whole file. */
     int line = 1;
     /** From 1. */
     int column = 1;
@@ -98,6 +100,12 @@ QTextStream &err();
 void error(const QString &verb, const QString &text);
 /** "path:line:column: error: text". */
 QString formatDiagnostic(const Diagnostic &diagnostic);
+/**
+ * The check messages of a sprite or sound list as diagnostics of `path`. A
+ * binary file has no lines: the line is the item's place from 1, and a
+ * palette's message says so in its text.
+ */
+void appendMessages(const QMessages &messages, const QString &path, QList<Diagnostic> &out);
 /** Prints a JSON value (object or array) on standard output, indented. */
 void printJson(const QJsonValue &value);
 

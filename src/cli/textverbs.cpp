@@ -1,5 +1,5 @@
-// The verbs of engine text: AIR animations, DEF projects, and the saving of
-// every text file.
+// The verbs of engine text: AIR animations, DEF projects, the check of every
+// text file and of whole projects, and the saving of every text file.
 
 #include "textverbs.h"
 
@@ -11,25 +11,35 @@
 #include "core/base/qmugenmodel.h"
 #include "core/sounds/qsounds.h"
 #include "core/sprites/qsprites.h"
+#include "core/text/qcommands.h"
 #include "core/text/qdefinitions.h"
+#include "core/text/qsyntaxproperties.h"
 #include "core/text/qsyntaxtexteditor.h"
+#include "core/text/qtextelement.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTextBlock>
+
+#include <algorithm>
+#include <memory>
 
 namespace Cli {
 
 namespace {
 
-bool hasSuffix(const QString &path, std::initializer_list<const char *> suffixes)
+std::function<bool(const QString &)> hasSuffix(std::initializer_list<const char *> suffixes)
 {
-    const QString suffix = QFileInfo(path).suffix();
-    for (const char *s : suffixes) {
-        if (suffix.compare(QLatin1String(s), Qt::CaseInsensitive) == 0)
-            return true;
-    }
-    return false;
+    const QList<const char *> list(suffixes);
+    return [list](const QString &path) {
+        const QString suffix = QFileInfo(path).suffix();
+        return std::any_of(list.cbegin(), list.cend(), [&](const char *s) {
+            return suffix.compare(QLatin1String(s), Qt::CaseInsensitive) == 0;
+        });
+    };
 }
 
 int defaultCodepage()
@@ -135,6 +145,135 @@ int animationsInfo(const Command &command, const QString &path)
     return Success;
 }
 
+// Checks: the syntax processor's diagnostics, line by line, in the order
+// of the text.
+
+/** Files already checked in this run: a project and its files named again are checked once. */
+QSet<QString> &checkedFiles()
+{
+    static QSet<QString> files;
+    return files;
+}
+
+bool firstCheckOf(const QString &path)
+{
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    if (checkedFiles().contains(canonical))
+        return false;
+    checkedFiles().insert(canonical);
+    return true;
+}
+
+void appendIssues(QSyntaxTextEditor *document, const QString &path, QList<Diagnostic> &out)
+{
+    for (QTextBlock block = document->document()->begin(); block.isValid(); block = block.next()) {
+        const QTextEditorBlockData *data = QTextEditorBlockData::of(block, false);
+        if (!data)
+            continue;
+        QVector<QSyntaxIssue> issues = data->issues;
+        std::stable_sort(issues.begin(), issues.end(),
+                         [](const QSyntaxIssue &a, const QSyntaxIssue &b) { return a.start < b.start; });
+        for (const QSyntaxIssue &issue : std::as_const(issues)) {
+            Diagnostic diagnostic;
+            diagnostic.path = path;
+            diagnostic.line = block.blockNumber() + 1;
+            diagnostic.column = issue.start + 1;
+            diagnostic.severity = issue.severity == 0   ? Diagnostic::Error
+                                  : issue.severity == 1 ? Diagnostic::Warning
+                                                        : Diagnostic::Note;
+            diagnostic.text = issue.text;
+            out.append(diagnostic);
+        }
+    }
+}
+
+/** Checks a loaded document as engine text at `version`; the suffix said it is engine text. */
+void checkDocument(QSyntaxTextEditor *document, const QString &path, quint32 version, QList<Diagnostic> &out)
+{
+    if (path.isEmpty() || !firstCheckOf(path))
+        return;
+    document->setLanguage(1);
+    document->setVersion(version);
+    appendIssues(document, path, out);
+}
+
+bool checkText(const Command &command, const QString &path, QProjectFileType fileType, QList<Diagnostic> &out)
+{
+    quint32 version = DefaultEngineVersion;
+    engineVersion(command, &version, DefaultEngineVersion);
+    QSyntaxTextEditor document(nullptr, fileType, false, version, true);
+    if (!document.load(path, defaultCodepage(), true)) {
+        error(QStringLiteral("check"), QStringLiteral("%1: can't be read").arg(path));
+        return false;
+    }
+    checkDocument(&document, path, version, out);
+    return true;
+}
+
+/**
+ * A DEF is checked as the project it opens: the DEF itself and every
+ * document it names and that is found, at the engine version the DEF
+ * names unless --mugen-version says otherwise. A file named but not found
+ * is an error, since the engine would refuse the project; palettes, the
+ * sounds of stages and storyboards and the engine's own common states are
+ * only warned of.
+ */
+bool checkProject(const Command &command, const QString &path, QList<Diagnostic> &out)
+{
+    QProject project(0, true);
+    if (!project.fromFile(path, defaultCodepage(), false, false)) {
+        error(QStringLiteral("check"), QStringLiteral("%1: can't be read").arg(path));
+        return false;
+    }
+    QDefinitions *definitions = project.definitions();
+    quint32 version = definitions->version();
+    engineVersion(command, &version, definitions->version());
+    checkDocument(definitions, path, version, out);
+
+    const QDefinitionsFiles files = definitions->files();
+    const auto missing = [&](const QString &name, bool required) {
+        // The engine looks in its data folder and its own root after the
+        // project's folder (common1.cns of stcommon lives there).
+        const QString engineRoot = files.directory + QStringLiteral("/../..");
+        for (const QString &folder : {files.directory, engineRoot + QStringLiteral("/data"), engineRoot}) {
+            if (name.isEmpty() || QFileInfo(findFile(folder, name)).isFile())
+                return;
+        }
+        Diagnostic diagnostic;
+        diagnostic.path = path;
+        diagnostic.line = 0;
+        diagnostic.severity = required ? Diagnostic::Error : Diagnostic::Warning;
+        diagnostic.text = QStringLiteral("the file \"%1\" isn't found").arg(name);
+        out.append(diagnostic);
+    };
+    const bool character = project.type() == Character;
+    missing(files.sprites, true);
+    missing(files.animations, character);
+    missing(files.sounds, character);
+    missing(files.commands, character);
+    // The engine brings its own common states: their absence here is no fault of the project.
+    for (const QString &state : files.states)
+        missing(state, QFileInfo(state).fileName().compare(QLatin1String("common1.cns"), Qt::CaseInsensitive) != 0);
+    for (const QString &palette : files.palettes)
+        missing(palette, false);
+
+    if (character) {
+        checkDocument(project.animationText(), project.animationText()->fileName(), version, out);
+        checkDocument(project.commands(), project.commands()->fileName(), version, out);
+    }
+    for (int i = 0; i < project.statesCount(); ++i)
+        checkDocument(project.states(i), project.states(i)->fileName(), version, out);
+    const auto checkBinary = [&out](QProjectFile *file, const QString &name) {
+        if (file->isEmpty() || !firstCheckOf(name))
+            return;
+        file->check();
+        appendMessages(file->messages(), name, out);
+    };
+    checkBinary(project.sprites(), project.sprites()->fileName());
+    checkBinary(project.sounds(), project.sounds()->fileName());
+    return true;
+}
+
 // Projects
 
 int projectInfo(const Command &command, const QString &path)
@@ -201,30 +340,53 @@ int projectInfo(const Command &command, const QString &path)
 
 } // namespace
 
+bool engineVersion(const Command &command, quint32 *version, quint32 fallback)
+{
+    if (!command.values.contains(QStringLiteral("--mugen-version"))) {
+        *version = fallback;
+        return true;
+    }
+    const QString text = command.value("--mugen-version");
+    *version = QSyntaxProperties::packVersion(text);
+    static const QRegularExpression dotted(QStringLiteral("^\\d+(\\.\\d+){1,3}$"));
+    return *version != 0 || dotted.match(text).hasMatch();
+}
+
 void registerTextFormats()
 {
-    Format animations;
-    animations.name = QStringLiteral("animation file");
-    animations.matches = [](const QString &path) { return hasSuffix(path, {"air"}); };
+    const auto textFormat = [](const char *name, std::initializer_list<const char *> suffixes) {
+        Format format;
+        format.name = QLatin1String(name);
+        format.matches = hasSuffix(suffixes);
+        format.save = saveText;
+        format.saveFlags = {QStringLiteral("--utf8")};
+        return format;
+    };
+    const auto checkedAs = [](QProjectFileType fileType) {
+        return [fileType](const Command &command, const QString &path, QList<Diagnostic> &out) {
+            return checkText(command, path, fileType, out);
+        };
+    };
+
+    Format states = textFormat("state file", {"cns", "st"});
+    states.check = checkedAs(FileStates);
+    registerFormat(states);
+
+    Format commands = textFormat("command file", {"cmd"});
+    commands.check = checkedAs(FileCommands);
+    registerFormat(commands);
+
+    Format animations = textFormat("animation file", {"air"});
     animations.info = animationsInfo;
-    animations.save = saveText;
-    animations.saveFlags = {QStringLiteral("--utf8")};
+    animations.check = checkedAs(FileAnimations);
     registerFormat(animations);
 
-    Format project;
-    project.name = QStringLiteral("definitions file");
-    project.matches = [](const QString &path) { return hasSuffix(path, {"def"}); };
+    Format project = textFormat("definitions file", {"def"});
     project.info = projectInfo;
-    project.save = saveText;
-    project.saveFlags = {QStringLiteral("--utf8")};
+    project.check = checkProject;
     registerFormat(project);
 
-    Format text;
-    text.name = QStringLiteral("text file");
-    text.matches = [](const QString &path) { return hasSuffix(path, {"cns", "st", "cmd", "txt"}); };
-    text.save = saveText;
-    text.saveFlags = {QStringLiteral("--utf8")};
-    registerFormat(text);
+    registerFormat(textFormat("text file", {"txt"}));
 }
 
 } // namespace Cli

@@ -1,26 +1,16 @@
 #include "verbs.h"
 
 #include "cliapp.h"
-#include "textverbs.h"
 #include "runverb.h"
 #include "soundverbs.h"
+#include "textverbs.h"
 
 #include "core/base/qmugenmodel.h"
 #include "core/base/qprojecttypes.h"
-#include "core/text/qdefinitions.h"
-#include "core/text/qsyntaxproperties.h"
-#include "core/text/qsyntaxtexteditor.h"
-#include "core/text/qtextelement.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QRegularExpression>
-#include <QTextBlock>
-#include <QTextDocument>
-
-#include <algorithm>
-#include <memory>
 
 namespace Cli {
 
@@ -74,28 +64,10 @@ int runInfo(const Command &command)
     return format ? format->info(command, path) : UsageError;
 }
 
-/**
- * The engine version of --mugen-version, packed one byte a part: "1.0",
- * "1.1", "1.0.0.1". A dotted number too large for the packing, such as
- * "2002.04.14", is an engine before 1.0: version 0, the oldest. Without the
- * option, 1.1. False for anything else.
- */
-bool engineVersion(const Command &command, quint32 *version)
-{
-    const QString text = command.value("--mugen-version");
-    if (!command.values.contains(QStringLiteral("--mugen-version"))) {
-        *version = DefaultEngineVersion;
-        return true;
-    }
-    *version = QSyntaxProperties::packVersion(text);
-    static const QRegularExpression dotted(QStringLiteral("^\\d+(\\.\\d+){1,3}$"));
-    return *version != 0 || dotted.match(text).hasMatch();
-}
-
 int runCheck(const Command &command)
 {
     quint32 version = 0;
-    if (!engineVersion(command, &version)) {
+    if (!engineVersion(command, &version, DefaultEngineVersion)) {
         error(QStringLiteral("check"), QStringLiteral("--mugen-version wants a version such as 1.0 or 1.1, not \"%1\"")
                                            .arg(command.value("--mugen-version")));
         return UsageError;
@@ -223,76 +195,10 @@ int configurationSave(const Command &, const QString &in, const QString &outPath
     return Success;
 }
 
-// Engine text: state files, commands, animations and DEF files, checked
-// by the syntax processor at the version of --mugen-version.
-
-bool checkText(const Command &command, const QString &path, QProjectFileType fileType, QList<Diagnostic> &out)
-{
-    quint32 version = DefaultEngineVersion;
-    engineVersion(command, &version);
-    // A DEF reads its own kind and version from its sections, as in a project.
-    std::unique_ptr<QSyntaxTextEditor> document;
-    if (fileType == FileDefinitions)
-        document = std::make_unique<QDefinitions>(nullptr);
-    else
-        document = std::make_unique<QSyntaxTextEditor>(nullptr, fileType, false, version, true);
-    const int codepage = configuration ? configuration->config[QStringLiteral("default_codepage")].toInt() : 0;
-    if (!document->load(path, codepage, true)) {
-        error(QStringLiteral("check"), QStringLiteral("%1: can't be read").arg(path));
-        return false;
-    }
-    // The suffix says it is engine text, whatever its first line looks like.
-    document->setLanguage(1);
-    document->setVersion(version);
-
-    for (QTextBlock block = document->document()->begin(); block.isValid(); block = block.next()) {
-        const QTextEditorBlockData *data = QTextEditorBlockData::of(block, false);
-        if (!data)
-            continue;
-        QVector<QSyntaxIssue> issues = data->issues;
-        std::stable_sort(issues.begin(), issues.end(),
-                         [](const QSyntaxIssue &a, const QSyntaxIssue &b) { return a.start < b.start; });
-        for (const QSyntaxIssue &issue : std::as_const(issues)) {
-            Diagnostic diagnostic;
-            diagnostic.path = path;
-            diagnostic.line = block.blockNumber() + 1;
-            diagnostic.column = issue.start + 1;
-            diagnostic.severity = issue.severity == 0   ? Diagnostic::Error
-                                  : issue.severity == 1 ? Diagnostic::Warning
-                                                        : Diagnostic::Note;
-            diagnostic.text = issue.text;
-            out.append(diagnostic);
-        }
-    }
-    return true;
-}
-
-void registerTextFormat(const char *name, std::initializer_list<const char *> suffixes, QProjectFileType fileType)
-{
-    Format format;
-    format.name = QLatin1String(name);
-    const QList<const char *> list(suffixes);
-    format.matches = [list](const QString &path) {
-        const QString suffix = QFileInfo(path).suffix();
-        return std::any_of(list.cbegin(), list.cend(), [&](const char *s) {
-            return suffix.compare(QLatin1String(s), Qt::CaseInsensitive) == 0;
-        });
-    };
-    format.check = [fileType](const Command &command, const QString &path, QList<Diagnostic> &out) {
-        return checkText(command, path, fileType, out);
-    };
-    registerFormat(format);
-}
-
 } // namespace
 
 void registerFormats()
 {
-    registerTextFormat("state file", {"cns", "st"}, FileStates);
-    registerTextFormat("command file", {"cmd"}, FileCommands);
-    registerTextFormat("animation file", {"air"}, FileAnimations);
-    registerTextFormat("definition file", {"def"}, FileDefinitions);
-
     Format configurationFormat;
     configurationFormat.name = QStringLiteral("configuration file");
     configurationFormat.matches = isConfiguration;

@@ -256,6 +256,9 @@ private Q_SLOTS:
     {
         // Storyboards and fonts name no engine version; they are checked at
         // 1.1 all the same, like any file without the option.
+        // Its sprites and sounds are there (if empty), so nothing is missing.
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("intro.sff")), QByteArray()));
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("intro.snd")), QByteArray()));
         const QString storyboard = m_dir.filePath(QStringLiteral("intro.def"));
         QVERIFY(TestSupport::writeFile(storyboard, "[SceneDef]\nspr = intro.sff\nsnd = intro.snd\n[Scene 0]\n"
                                                    "layer0.anim = 1\n[BG0Def]\nspr = intro.sff\n[BG0 Sky]\n"
@@ -269,7 +272,46 @@ private Q_SLOTS:
                                                   "spirte = mine.sff\n"));
         result = run({QStringLiteral("check"), character});
         QCOMPARE(result.code, 1);
-        QCOMPARE(result.out.trimmed(), character.toUtf8() + ":6:1: error: Unknown parameter 'spirte' for the 'Files' controller");
+        QCOMPARE(result.out.trimmed(), character.toUtf8() + ":6:1: error: Unknown parameter 'spirte' for the 'Files' controller\n"
+                                       + character.toUtf8() + ": error: the file \"mine.sff\" isn't found");
+    }
+
+    void checkOfADefinitionsFileChecksTheWholeProject()
+    {
+        // A project of the oldest engine: VictoryQuote came later, in 1.0.
+        const QString def = m_dir.filePath(QStringLiteral("old.def"));
+        QVERIFY(TestSupport::writeFile(def, "[Info]\nname = \"Old\"\nmugenversion = 04,14,2002\n[Files]\n"
+                                            "sprite = old.sff\nanim = old.air\nsound = old.snd\ncmd = OLD.cmd\n"
+                                            "st = old.cns\nst2 = gone.cns\nstcommon = common1.cns\npal1 = gone.act\n"));
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("old.sff")), QByteArray()));
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("old.snd")), QByteArray()));
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("old.air")), "[Begin Action 0]\n0,0, 0,0, 5, Z\n"));
+        // Found without regard to case.
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("old.cmd")), "[Statedef -1]\n"));
+        const QString cns = m_dir.filePath(QStringLiteral("old.cns"));
+        QVERIFY(TestSupport::writeFile(cns, "[Statedef 0]\n[State 0, 1]\ntype = VictoryQuote\ntrigger1 = 1\nvalue = 1\n"));
+
+        // Named again, the state file is checked once, and at the project's version.
+        Result result = run({QStringLiteral("check"), def, cns});
+        QCOMPARE(result.code, 1);
+        const QByteArray path = def.toUtf8();
+        const QByteArray dir = m_dir.path().toUtf8();
+        QCOMPARE(result.out.trimmed().split('\n'),
+                 (QList<QByteArray>{path + ": error: the file \"gone.cns\" isn't found",
+                                    path + ": warning: the file \"common1.cns\" isn't found",
+                                    path + ": warning: the file \"gone.act\" isn't found",
+                                    dir + "/old.air:2:14: error: Unknown flip type",
+                                    dir + "/old.cns:3:8: error: Controller invalid for the M.U.G.E.N. version of the "
+                                          "current project"}));
+
+        // The option overrides the version the DEF names.
+        result = run({QStringLiteral("check"), def, QStringLiteral("--mugen-version"), QStringLiteral("1.1"),
+                      QStringLiteral("--json")});
+        QCOMPARE(result.code, 1);
+        const QJsonArray array = QJsonDocument::fromJson(result.out).array();
+        QCOMPARE(array.size(), 4);
+        QCOMPARE(array.at(0).toObject().value(QStringLiteral("line")).toInt(), 0);
+        QCOMPARE(array.at(3).toObject().value(QStringLiteral("path")).toString(), m_dir.filePath(QStringLiteral("old.air")));
     }
 
     void checkPassesTheEnginesKungFuMan()

@@ -18,10 +18,11 @@ QProject::QProject(int cacheType, bool cacheCompression, QObject *parent)
     m_animations = new QAnimations(this, m_animationText);
     m_commands = new QCommands(this);
     m_sounds = new QSounds(this, cacheType, cacheCompression, -1);
-    // The DEF names the engine version; commands and states are checked against it.
+    // The DEF names the engine version; every text of the project is checked against it.
     connect(m_definitions, &QDefinitions::versionChanged, this, [this] {
         const quint32 version = m_definitions->version();
         m_commands->setVersion(version);
+        m_animationText->setVersion(version);
         for (QSyntaxTextEditor *state : std::as_const(m_states))
             state->setVersion(version);
     });
