@@ -12,7 +12,7 @@
 #include <QDir>
 #include <QCoreApplication>
 
-#include <benchmark/benchmark.h>
+#include "benchsupport.h"
 
 #include <cstring>
 
@@ -219,8 +219,5 @@ BENCHMARK(BM_MemcpyPcx);
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchSupport::runBenchmarks(argc, argv);
 }

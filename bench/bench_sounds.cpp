@@ -16,7 +16,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
-#include <benchmark/benchmark.h>
+#include "benchsupport.h"
 
 #include <memory>
 
@@ -111,8 +111,5 @@ BENCHMARK(BM_Organize)
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchSupport::runBenchmarks(argc, argv);
 }

@@ -15,7 +15,7 @@
 #include <QTextCursor>
 #include <QTextDocument>
 
-#include <benchmark/benchmark.h>
+#include "benchsupport.h"
 
 #include <cstdio>
 #include <memory>
@@ -175,9 +175,7 @@ int main(int argc, char **argv)
         return 1;
     }
     mugenSyntax = &vocabulary;
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+    const int code = BenchSupport::runBenchmarks(argc, argv);
     mugenSyntax = nullptr;
-    return 0;
+    return code;
 }

@@ -12,7 +12,7 @@
 #include <QTextCursor>
 #include <QTextDocument>
 
-#include <benchmark/benchmark.h>
+#include "benchsupport.h"
 
 namespace {
 
@@ -101,9 +101,7 @@ int main(int argc, char **argv)
     registerNameCommentElements();
     registerCommandElements();
     const QList<QTextElementReg *> kinds = TestKinds::registerAll();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+    const int code = BenchSupport::runBenchmarks(argc, argv);
     TestKinds::unregisterAll(kinds);
-    return 0;
+    return code;
 }
