@@ -1,12 +1,11 @@
 #include "cliapp.h"
 #include "verbs.h"
 
-#include "core/animation/qanimationelements.h"
+#include "core/app/qproject.h"
 #include "core/base/apppaths.h"
 #include "core/base/qcodepages.h"
 #include "core/base/qmugenmodel.h"
 #include "core/base/qsyntaxformats.h"
-#include "core/text/qcommand.h"
 #include "core/text/qmugensyntaxproperties.h"
 
 #include <QDir>
@@ -40,9 +39,7 @@ int main(int argc, char **argv)
     syntaxFormats = &formats;
     configuration = &settings;
     buildCodecNames();
-    registerAnimationElements();
-    registerCommandElements();
-    registerNameCommentElements();
+    registerProjectElements();
     // The vocabulary beside the program, as the program reads it.
     QMugenSyntaxProperties vocabulary;
     vocabulary.load(applicationDir() + QStringLiteral("/syntax_mugen.xml"));

@@ -5,36 +5,15 @@
 
 #include "cliapp.h"
 
-#include "core/animation/qanimationelements.h"
 #include "core/app/qmugenrun.h"
 #include "core/app/qproject.h"
 #include "core/base/qmugenmodel.h"
-#include "core/text/qcommand.h"
-#include "core/text/qtextelements.h"
 
 #include <QFileInfo>
 
 namespace Cli {
 
 namespace {
-
-/** The element kinds a project's text documents read, for as long as one is open. */
-class ProjectElements
-{
-public:
-    ProjectElements()
-    {
-        registerAnimationElements();
-        registerCommandElements();
-        registerNameCommentElements();
-    }
-    ~ProjectElements()
-    {
-        releaseCommandElements();
-        releaseAnimationElements();
-        releaseNameCommentElements();
-    }
-};
 
 QVariant setting(const char *key)
 {
@@ -55,7 +34,6 @@ int runProject(const Command &command)
         return Failure;
     }
 
-    const ProjectElements elements;
     QProject project(setting("cache_type").toInt(), setting("cache_compression").toBool());
     if (!QFileInfo(def).isFile() || !project.fromFile(def, setting("default_codepage").toInt(), false, false)) {
         error(verb, QStringLiteral("%1: can't be opened as a project").arg(def));

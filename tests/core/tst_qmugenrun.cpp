@@ -1,12 +1,9 @@
-#include "core/animation/qanimationelements.h"
 #include "core/app/qmugenrun.h"
 #include "core/app/qproject.h"
 #include "core/base/qcodepages.h"
 #include "core/base/qmugenmodel.h"
 #include "core/base/quserprompt.h"
 #include "core/sounds/qsounds.h"
-#include "core/text/qcommand.h"
-#include "core/text/qtextelements.h"
 #include "sndbuilder.h"
 #include "testsupport.h"
 
@@ -93,9 +90,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         buildCodecNames();
-        registerAnimationElements();
-        registerCommandElements();
-        registerNameCommentElements();
+        registerProjectElements();
         // The engine stands in a folder of its own, with its chars and
         // stages, and something in each that isn't ours.
         m_engine = path(QStringLiteral("mugen/engine"));
@@ -109,9 +104,7 @@ private Q_SLOTS:
 
     void cleanupTestCase()
     {
-        releaseAnimationElements();
-        releaseCommandElements();
-        releaseNameCommentElements();
+        releaseProjectElements();
     }
 
     void cleanup()

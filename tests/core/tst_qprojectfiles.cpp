@@ -43,16 +43,12 @@ private Q_SLOTS:
     void initTestCase()
     {
         buildCodecNames();
-        registerAnimationElements();
-        registerCommandElements();
-        registerNameCommentElements();
+        registerProjectElements();
     }
 
     void cleanupTestCase()
     {
-        releaseAnimationElements();
-        releaseCommandElements();
-        releaseNameCommentElements();
+        releaseProjectElements();
     }
 
     void corpusDefinitionsOpen_data()

@@ -1,11 +1,14 @@
 #include "qproject.h"
 
+#include "../animation/qanimationelements.h"
 #include "../animation/qanimations.h"
 #include "../base/qmugenmodel.h"
 #include "../sounds/qsounds.h"
 #include "../sprites/qsprites.h"
+#include "../text/qcommand.h"
 #include "../text/qcommands.h"
 #include "../text/qdefinitions.h"
+#include "../text/qtextelements.h"
 
 #include <QTextDocument>
 
@@ -135,4 +138,18 @@ void QProject::setSetting(const QString &key, const QString &value)
 void QProject::documentChanged(QProjectFile *document)
 {
     Q_EMIT changed(document);
+}
+
+void registerProjectElements()
+{
+    registerAnimationElements();
+    registerCommandElements();
+    registerNameCommentElements();
+}
+
+void releaseProjectElements()
+{
+    releaseCommandElements();
+    releaseAnimationElements();
+    releaseNameCommentElements();
 }

@@ -133,3 +133,11 @@ private:
     QSounds *m_sounds = nullptr;
     QList<QSyntaxTextEditor *> m_states;
 };
+
+/**
+ * Registers, process-wide, every kind of line that the text documents of a
+ * project recognise: animations, commands and name comments. A second call
+ * does nothing. Documents must be gone before the release.
+ */
+void registerProjectElements();
+void releaseProjectElements();

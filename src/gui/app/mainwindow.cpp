@@ -2,10 +2,9 @@
 
 #include "qinterface.h"
 
-#include "core/animation/qanimationelements.h"
+#include "core/app/qproject.h"
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
-#include "core/text/qcommand.h"
 #include "core/text/qmugensyntaxproperties.h"
 
 #include <QEvent>
@@ -19,9 +18,7 @@ MainWindow::MainWindow(bool firstInstance, QWidget *parent)
     mugenSyntax = new QMugenSyntaxProperties;
     mugenSyntax->load(applicationDir() + QStringLiteral("/syntax_mugen.xml"));
     // The kinds of lines that text documents recognise, process-wide.
-    registerAnimationElements();
-    registerCommandElements();
-    registerNameCommentElements();
+    registerProjectElements();
     mainInterface = new QInterface(this);
     mainInterface->start(firstInstance);
 }
@@ -32,11 +29,9 @@ MainWindow::~MainWindow()
     mainInterface = nullptr;
     if (configuration)
         configuration->save(settingsFileForWrite(QStringLiteral("config.xml")));
-    releaseCommandElements();
-    releaseAnimationElements();
+    releaseProjectElements();
     delete mugenSyntax;
     mugenSyntax = nullptr;
-    releaseNameCommentElements();
 }
 
 void MainWindow::setupUi()
