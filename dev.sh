@@ -8,6 +8,9 @@ set -eu
 cd "$(dirname "$0")"
 # Let ccache serve compiles that use the precompiled headers.
 export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros,include_file_mtime,include_file_ctime}"
+# Paths below the checkout count as relative, so that a fresh clone elsewhere
+# (as CI makes) finds what an earlier build left in the cache.
+export CCACHE_BASEDIR="${CCACHE_BASEDIR:-$(pwd)}"
 
 PACKAGES="build-essential cmake pkg-config ninja-build ccache
   qt6-base-dev qt6-5compat-dev qt6-multimedia-dev libqt6opengl6-dev
