@@ -42,7 +42,9 @@ QString helpText()
         width = qMax(width, int((verb.name + QLatin1Char(' ') + verb.synopsis).size()));
     for (const Verb &verb : verbs()) {
         const QString line = verb.name + QLatin1Char(' ') + verb.synopsis;
-        text += QStringLiteral("  %1  %2\n").arg(line, -width).arg(verb.summary);
+        // Joined, not through arg(): a synopsis may hold a "%0" of its own.
+        text += QStringLiteral("  ") + line.leftJustified(width) + QStringLiteral("  ") + verb.summary
+            + QLatin1Char('\n');
     }
     text += QStringLiteral(
         "\n"

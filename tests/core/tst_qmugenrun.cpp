@@ -281,6 +281,28 @@ private Q_SLOTS:
                                             QStringLiteral("stages/kfm.def")}));
     }
 
+    void foldersMadeForTheCopiesGoToo()
+    {
+        // An engine folder with no chars/ or stages/ yet: the run makes them
+        // and takes them away again.
+        const QString bare = path(QStringLiteral("bare"));
+        QVERIFY(QDir().mkpath(bare));
+        QVERIFY(QFile::copy(m_engine, bare + QStringLiteral("/engine")));
+        QVERIFY(QFile::setPermissions(bare + QStringLiteral("/engine"), QFile::permissions(m_engine)));
+        QVERIFY(writeFile(path(QStringLiteral("plainstage/plain.def")), "[BGdef]\r\nspr = plain.sff\r\n"));
+        QProject character(0, true);
+        QVERIFY(character.fromFile(makeCharacter(QStringLiteral("bareone")), 0, false, false));
+        QProject stage(0, true);
+        QVERIFY(stage.fromFile(path(QStringLiteral("plainstage/plain.def")), 0, false, false));
+        QFile::remove(log());
+        QMugenRun test;
+        QVERIFY(test.run(bare + QStringLiteral("/engine"), QStringLiteral("%1 %2"), {&character, &stage}, &character));
+        QCOMPARE(seen().files, QStringList({QStringLiteral("chars/ks3_0/bareone.cmd"), QStringLiteral("chars/ks3_0/bareone.sff"),
+                                            QStringLiteral("chars/ks3_0/bareone.snd"), QStringLiteral("chars/ks3_0/ks3_0.def"),
+                                            QStringLiteral("stages/ks3_1.def")}));
+        QCOMPARE(QDir(bare).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList({QStringLiteral("engine")}));
+    }
+
     void aStoryboardIsNotCopiedAnywhere()
     {
         QVERIFY(writeFile(path(QStringLiteral("story/intro.def")), "[SceneDef]\r\nspr = intro.sff\r\n"));

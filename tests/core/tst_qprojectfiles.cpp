@@ -318,6 +318,33 @@ private Q_SLOTS:
         QCOMPARE(TestSupport::readFile(path(QStringLiteral("palcopy/one.act"))), actOf(1));
     }
 
+    void testCopiesNeverWriteOutsideTheirFolder()
+    {
+        // A DEF may name files of a neighbour; its copy must not overwrite them.
+        const QString def = path(QStringLiteral("climb/mine.def"));
+        QVERIFY(writeFile(def, "[Files]\r\nanim = ../kfm/kfm.air\r\nst = ..\\kfm\\kfm.cns\r\n"
+                               "cmd = own/../mine.cmd\r\nsound = ../../escape.snd\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("climb/mine.cmd")), "[Command]\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("kfm/kfm.air")), "[Begin Action 0]\r\n0,0, 0,0, 5\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("kfm/kfm.cns")), "[Statedef 0]\r\n"));
+        QProject project(0, true);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        // What the engine would find beside the copy, which the copy must leave alone.
+        const QString engine = path(QStringLiteral("engine/chars/"));
+        QVERIFY(writeFile(engine + QStringLiteral("kfm/kfm.air"), "theirs"));
+        QVERIFY(writeFile(engine + QStringLiteral("kfm/kfm.cns"), "theirs"));
+
+        QStringList created;
+        QVERIFY(project.saveForTest(engine + QStringLiteral("ks3_0/"), QStringLiteral("ks3_0"), created));
+        QCOMPARE(readFile(engine + QStringLiteral("kfm/kfm.air")), QByteArray("theirs"));
+        QCOMPARE(readFile(engine + QStringLiteral("kfm/kfm.cns")), QByteArray("theirs"));
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("engine/escape.snd"))));
+        // A name that climbs and comes back in stays within, and is written.
+        QCOMPARE(readFile(engine + QStringLiteral("ks3_0/mine.cmd")), QByteArray("[Command]\r\n"));
+        QCOMPARE(QDir(engine).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList({QStringLiteral("kfm"), QStringLiteral("ks3_0")}));
+    }
+
     void testCopiesOfAStageRewriteEverySprLine()
     {
         const QString def = path(QStringLiteral("stage/mine.def"));

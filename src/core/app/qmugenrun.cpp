@@ -124,9 +124,16 @@ bool QMugenRun::run(const QString &exe, const QString &params, const QList<QProj
         // a copy would land wherever this process happens to stand, and
         // nobody would remove it.
         if (!target.isEmpty()) {
+            // An engine folder without chars/ or stages/ gets one for the
+            // copy; it goes again afterwards, with nothing of anyone's in it.
+            const QString parent = QFileInfo(target.chopped(1)).path() + QLatin1Char('/');
+            const QString folder = project->type() == Character ? parent : target;
+            const bool madeFolder = !QFileInfo::exists(folder);
             Q_EMIT saveStarted(project);
             project->saveForTest(target, name, created);
             Q_EMIT saveFinished(project);
+            if (madeFolder && !created.contains(folder))
+                created.append(folder);
         }
         // A plain replacement: %1 also hits the start of %10.
         line.replace(QLatin1Char('%') + QString::number(n), name);

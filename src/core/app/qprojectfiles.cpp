@@ -18,6 +18,8 @@
 #include <QRegularExpression>
 #include <QTextDocument>
 
+#include <functional>
+
 namespace {
 
 /** Copies files into a backup folder, keeping their names relative to the project's folder. */
@@ -310,6 +312,18 @@ bool QProject::saveForTest(const QString &directory, const QString &name, QStrin
     const QString def = directory + name + QLatin1String(".def");
     makeFolderOf(def);
 
+    // Where a file the DEF names goes in the copy. The engine reads a
+    // backslash as a folder separator. A name that climbs out of the copy's
+    // folder ("../kfm/kfm.air") would overwrite another project's file in
+    // the engine's folders, and nothing would remove it: such a file isn't
+    // written, and the engine reports it missing.
+    const QString root = QDir::cleanPath(directory) + QLatin1Char('/');
+    const auto target = [&root](QString relative) {
+        relative.replace(QLatin1Char('\\'), QLatin1Char('/'));
+        const QString path = QDir::cleanPath(root + relative);
+        return path.startsWith(root) ? path : QString();
+    };
+
     QString spriteFile = files.sprites;
     if (type() == Stage) {
         // The engine finds a stage's sprites by the name in its DEF: point
@@ -333,21 +347,28 @@ bool QProject::saveForTest(const QString &directory, const QString &name, QStrin
     const uint total = uint(files.palettes.size() + files.states.size() + 4);
     Q_EMIT progress(0, total, allow);
 
-    const auto copyFromProject = [&projectDir](const QString &relative, const QString &target) {
-        const QString source = findFile(projectDir, relative);
-        if (isFile(source)) {
-            makeFolderOf(target);
-            QFile::remove(target);
-            QFile::copy(source, target);
+    // A document with something in memory writes itself as a copy; one
+    // without, or whose write says it failed, falls back on the project's
+    // own file, if there is one.
+    const auto writeOrCopy = [&](const QString &name, const QString &source, bool inMemory,
+                                 const std::function<bool(const QString &)> &write) {
+        const QString path = target(name);
+        if (path.isEmpty())
+            return;
+        makeFolderOf(path);
+        if (inMemory && write(path))
+            return;
+        const QString original = findFile(projectDir, source);
+        if (isFile(original)) {
+            QFile::remove(path);
+            QFile::copy(original, path);
         }
     };
 
-    const QString sprites = directory + spriteFile;
-    makeFolderOf(sprites);
-    if (m_sprites->count() > 0)
-        m_sprites->toFile(sprites, 0, true);
-    else
-        copyFromProject(files.sprites, sprites);
+    writeOrCopy(spriteFile, files.sprites, m_sprites->count() > 0, [this](const QString &path) {
+        m_sprites->toFile(path, 0, true);
+        return true;
+    });
     // From here the dialog shows a busy bar; the positions after this mean nothing.
     Q_EMIT progress(0, 0, allow);
     if (type() != Character)
@@ -355,37 +376,24 @@ bool QProject::saveForTest(const QString &directory, const QString &name, QStrin
 
     // Palette n of the DEF is the character's palette 1,n, as it stands in memory.
     for (int i = 0; i < files.palettes.size(); ++i) {
-        const QString path = directory + files.palettes.at(i);
         const QSpritePalette *palette = m_sprites->palette(1, i + 1);
-        makeFolderOf(path);
-        if (!palette || !palette->toFile(path))
-            copyFromProject(files.palettes.at(i), path);
+        writeOrCopy(files.palettes.at(i), files.palettes.at(i), palette != nullptr,
+                    [palette](const QString &path) { return palette->toFile(path); });
     }
-
-    const QString animations = directory + files.animations;
-    if (!m_animations->isEmpty()) {
-        makeFolderOf(animations);
-        m_animations->toFile(animations, false, true);
-    } else {
-        copyFromProject(files.animations, animations);
-    }
-    const QString sounds = directory + files.sounds;
-    if (m_sounds->count() > 0) {
-        makeFolderOf(sounds);
-        m_sounds->toFile(sounds, true);
-    } else {
-        copyFromProject(files.sounds, sounds);
-    }
-    const QString commands = directory + files.commands;
-    if (!m_commands->isEmpty()) {
-        makeFolderOf(commands);
-        m_commands->save(commands, false, true);
-    } else {
-        copyFromProject(files.commands, commands);
-    }
+    writeOrCopy(files.animations, files.animations, !m_animations->isEmpty(), [this](const QString &path) {
+        m_animations->toFile(path, false, true);
+        return true;
+    });
+    writeOrCopy(files.sounds, files.sounds, m_sounds->count() > 0, [this](const QString &path) {
+        m_sounds->toFile(path, true);
+        return true;
+    });
+    writeOrCopy(files.commands, files.commands, !m_commands->isEmpty(), [this](const QString &path) {
+        m_commands->save(path, false, true);
+        return true;
+    });
 
     for (const QString &state : files.states) {
-        const QString target = directory + state;
         const QString suffix = QLatin1Char('/') + state;
         QSyntaxTextEditor *document = nullptr;
         for (QSyntaxTextEditor *candidate : std::as_const(m_states)) {
@@ -394,12 +402,10 @@ bool QProject::saveForTest(const QString &directory, const QString &name, QStrin
                 break;
             }
         }
-        if (document) {
-            makeFolderOf(target);
-            document->save(target, false, true);
-        } else {
-            copyFromProject(state, target);
-        }
+        writeOrCopy(state, state, document != nullptr, [document](const QString &path) {
+            document->save(path, false, true);
+            return true;
+        });
     }
     return true;
 }

@@ -7,6 +7,7 @@
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
+#include <QImageReader>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -37,12 +38,34 @@ bool QRGBPalette::fromData(const QByteArray &data, const QString &suffix)
     return load(buffer, suffix);
 }
 
+namespace {
+
+/**
+ * A PNG or BMP read for its colour table. Only the table is wanted, so an
+ * image much larger than its file could honestly hold (a hostile header, or
+ * a flat picture of millions of pixels) isn't decoded at all.
+ */
+QImage readPaletteImage(const QByteArray &bytes)
+{
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    const QSize size = reader.size();
+    const qint64 limit = std::max<qint64>(qint64(4) << 20, qint64(bytes.size()) * 64);
+    if (!size.isValid() || qint64(size.width()) * size.height() > limit)
+        return QImage();
+    return reader.read();
+}
+
+} // namespace
+
 bool QRGBPalette::load(QIODevice &device, const QString &suffix)
 {
     const QString kind = suffix.toLower();
     if (kind == QLatin1String("png") || kind == QLatin1String("pcx") || kind == QLatin1String("bmp")) {
         const QByteArray bytes = device.readAll();
-        const QImage image = kind == QLatin1String("pcx") ? decodePcx(bytes) : QImage::fromData(bytes);
+        const QImage image = kind == QLatin1String("pcx") ? decodePcx(bytes) : readPaletteImage(bytes);
         // Any image with a colour table; a PCX without one is indexed too, and gives nothing.
         const bool indexed = image.format() == QImage::Format_Indexed8 || image.colorCount() > 0;
         if (image.isNull() || !indexed)
