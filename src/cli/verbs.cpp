@@ -4,6 +4,7 @@
 #include "textverbs.h"
 #include "runverb.h"
 #include "soundverbs.h"
+#include "spriteverbs.h"
 
 #include "core/base/qmugenmodel.h"
 #include "core/base/qprojecttypes.h"
@@ -301,6 +302,7 @@ void registerFormats()
     registerFormat(configurationFormat);
     registerTextFormats();
     registerSoundFormat();
+    registerSpriteFormat();
 }
 
 void registerVerbs()
@@ -327,6 +329,7 @@ void registerVerbs()
               saveFlags, saveValues, 2, 2, runSave};
     registerVerb(save);
     registerSoundVerbs();
+    registerSpriteVerbs();
     registerRunVerb();
 }
 

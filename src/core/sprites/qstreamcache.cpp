@@ -207,6 +207,14 @@ int QStreamCache::filterOf(const QStreamCacheEntry *entry) const
     return entry ? entry->m_filter : 0;
 }
 
+quint64 QStreamCache::hashOf(QStreamCacheEntry *entry) const
+{
+    if (!entry)
+        return 0;
+    std::optional<QByteArray> pixels;
+    return ensureHash(entry, &pixels);
+}
+
 quint64 QStreamCache::ensureHash(QStreamCacheEntry *entry, std::optional<QByteArray> *pixels) const
 {
     if (entry->m_hash == 0) {
