@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace {
 
@@ -339,16 +340,21 @@ bool SffReader::readVersion2()
         const quint16 link = u16(spriteTable, node + 12);
         if (length != 0) {
             const qint64 at = ((flags & DecompressOnLoad) ? tdata : ldata) + u32(spriteTable, node + 16);
-            // The 32-bit size in front of the data is the decoded size,
-            // which the image's own size already gives.
-            QByteArray bytes = spriteBytes(at + 4, qint64(length) - 4);
             QImageInfo info;
             info.width = u16(spriteTable, node + 4);
             info.height = u16(spriteTable, node + 6);
             info.format = QImageInfo::formatOfDepth(depth);
             const int filter = filterOfNodeFormat(uchar(spriteTable.at(node + 14)));
-            if (filter == QStreamCacheFilter::Raw)
-                bytes = rawToStoreLines(bytes, info);
+            QByteArray bytes;
+            if (filter == QStreamCacheFilter::Raw) {
+                // Raw pixels come without the size in front: their length
+                // is the image's.
+                bytes = rawToStoreLines(spriteBytes(at, length), info);
+            } else {
+                // The 32-bit size in front of encoded data is the decoded
+                // size, which the image's own size already gives.
+                bytes = spriteBytes(at + 4, qint64(length) - 4);
+            }
             RawSpriteEdits::attachData(sprite, QSpriteData::create(set.cache(), bytes, filter, info));
         } else if (link < m_sprites.size()) {
             RawSpriteEdits::attachData(sprite, m_sprites.at(link)->data());
@@ -500,11 +506,21 @@ void SffReader::linkEqualImages()
         if (!data)
             continue;
         QList<int> &candidates = seen[ImageKey{cache->hashOf(data->entry()), data->info()}];
+        std::optional<QByteArray> pixels;
         for (auto j = candidates.crbegin(); j != candidates.crend(); ++j) {
             QSpriteData *other = set.at(*j)->data();
             if (other == data || !other || other->info() != data->info())
                 continue;
-            if (cache->same(data->entry(), other->entry())) {
+            bool equal = cache->same(data->entry(), other->entry());
+            // The store takes different bytes of one encoding for different
+            // images. Equal hashes are worth a look at the pixels: PCX files
+            // of one image often differ only in their colour tables.
+            if (!equal && cache->filterOf(data->entry()) == cache->filterOf(other->entry())) {
+                if (!pixels)
+                    pixels = data->pixels();
+                equal = !pixels->isEmpty() && *pixels == other->pixels();
+            }
+            if (equal) {
                 RawSpriteEdits::attachData(sprite, other);
                 break;
             }
