@@ -260,7 +260,7 @@ bool SffReader::readVersion2()
 
     const QByteArray header = readAt(0, Sff::HeaderSize);
     if (header.size() < Sff::HeaderSize) {
-        truncated(0, 1);
+        critical(QSprites::tr("%1(0): The file is damaged: its header is incomplete.").arg(m_fileName));
         return false;
     }
     const quint32 spriteNodes = u32(header, 36);
@@ -376,7 +376,7 @@ bool SffReader::readVersion1()
     QSprites &set = *m_set;
     const QByteArray header = readAt(0, Sff::HeaderSize);
     if (header.size() < Sff::HeaderSize) {
-        truncated(0, 1);
+        critical(QSprites::tr("%1(0): The file is damaged: its header is incomplete.").arg(m_fileName));
         return false;
     }
     const quint32 images = u32(header, 20);
