@@ -47,6 +47,13 @@ QString versionText(quint32 version)
     }
 }
 
+QString severityText(int severity)
+{
+    return severity == QMessages::Error ? QStringLiteral("error")
+        : severity == QMessages::Warning ? QStringLiteral("warning")
+                                         : QStringLiteral("note");
+}
+
 /** The name of the form in which a sprite's image is stored, as the file formats call it. */
 QString storedFormat(const QSpriteData *data)
 {
@@ -107,9 +114,7 @@ int spriteInfo(const Command &command, const QString &path)
         for (int row = 0; row < messages.count(QMessages::AnySeverity); ++row) {
             const QMessage &message = messages.at(row);
             list.append(QJsonObject{
-                {QStringLiteral("severity"), message.severity == QMessages::Error ? QStringLiteral("error")
-                                                 : message.severity == QMessages::Warning ? QStringLiteral("warning")
-                                                                                          : QStringLiteral("note")},
+                {QStringLiteral("severity"), severityText(message.severity)},
                 {QStringLiteral("item"), message.line == 1 ? QStringLiteral("palette") : QStringLiteral("sprite")},
                 {QStringLiteral("place"), message.index},
                 {QStringLiteral("text"), message.text}});
@@ -136,8 +141,10 @@ int spriteInfo(const Command &command, const QString &path)
           << "Messages: " << messages.count(QMessages::AnySeverity) << '\n';
     for (int row = 0; row < messages.count(QMessages::AnySeverity); ++row) {
         const QMessage &message = messages.at(row);
-        out() << "  " << (message.line == 1 ? "palette " : "sprite ") << message.index << ": " << message.text
-              << '\n';
+        out() << "  " << severityText(message.severity) << ": ";
+        if (message.index >= 0)
+            out() << (message.line == 1 ? "palette " : "sprite ") << message.index << ": ";
+        out() << message.text << '\n';
     }
     out().flush();
     return Success;

@@ -172,7 +172,13 @@ QByteArray SffReader::readAt(qint64 position, qint64 length)
 {
     if (position < 0 || position >= m_size || length <= 0 || !m_device->seek(position))
         return QByteArray();
-    return m_device->read(std::min(length, m_size - position));
+    // Sized exactly: QIODevice::read() leaves room to grow, up to twice the
+    // bytes, and the store keeps these arrays for as long as the set lives.
+    QByteArray bytes(std::min(length, m_size - position), Qt::Uninitialized);
+    const qint64 got = m_device->read(bytes.data(), bytes.size());
+    if (got < bytes.size())
+        bytes.truncate(std::max<qint64>(got, 0));
+    return bytes;
 }
 
 QByteArray SffReader::spriteBytes(qint64 position, qint64 length)
