@@ -2,6 +2,8 @@
 
 #include "kestrada_version.h"
 
+#include "core/base/qmessages.h"
+
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -121,6 +123,22 @@ QString formatDiagnostic(const Diagnostic &d)
         .arg(d.line)
         .arg(d.column)
         .arg(QLatin1String(names[d.severity]), d.text);
+}
+
+void appendItemDiagnostics(const QString &path, const QMessages &messages, QList<Diagnostic> &out)
+{
+    for (int row = 0; row < messages.count(QMessages::AnySeverity); ++row) {
+        const QMessage &message = messages.at(row);
+        Diagnostic diagnostic;
+        diagnostic.path = path;
+        diagnostic.line = message.index + 1;
+        diagnostic.column = message.line + 1;
+        diagnostic.severity = message.severity == QMessages::Error ? Diagnostic::Error
+            : message.severity == QMessages::Warning              ? Diagnostic::Warning
+                                                                  : Diagnostic::Note;
+        diagnostic.text = message.text;
+        out.append(diagnostic);
+    }
 }
 
 void printJson(const QJsonValue &value)

@@ -10,6 +10,8 @@
 
 #include <functional>
 
+class QMessages;
+
 /**
  * The frame of kestrada-cli: verbs, their options, and the formats that the
  * generic verbs (info, check, save) dispatch to by file.
@@ -98,6 +100,13 @@ QTextStream &err();
 void error(const QString &verb, const QString &text);
 /** "path:line:column: error: text". */
 QString formatDiagnostic(const Diagnostic &diagnostic);
+/**
+ * Appends the messages of a binary document's check (sounds, sprites) as
+ * diagnostics. Such a file has no lines: the line is the item's place from 1
+ * (0 for the file as a whole), and the column tells the list of the item, 1
+ * for the first (sounds, sprites) and 2 for the second (palettes).
+ */
+void appendItemDiagnostics(const QString &path, const QMessages &messages, QList<Diagnostic> &out);
 /** Prints a JSON value (object or array) on standard output, indented. */
 void printJson(const QJsonValue &value);
 

@@ -66,18 +66,7 @@ bool soundCheck(const Command &, const QString &path, QList<Diagnostic> &diagnos
     if (!loadSounds(QStringLiteral("check"), path, sounds))
         return false;
     sounds.check();
-    for (int row = 0; row < sounds.messages().count(QMessages::AnySeverity); ++row) {
-        const QMessage &message = sounds.messages().at(row);
-        Diagnostic diagnostic;
-        diagnostic.path = path;
-        // A binary file has no lines: the line is the sound's place from 1.
-        diagnostic.line = message.index + 1;
-        diagnostic.severity = message.severity == QMessages::Error ? Diagnostic::Error
-            : message.severity == QMessages::Warning              ? Diagnostic::Warning
-                                                                  : Diagnostic::Note;
-        diagnostic.text = message.text;
-        diagnostics.append(diagnostic);
-    }
+    appendItemDiagnostics(path, sounds.messages(), diagnostics);
     return true;
 }
 

@@ -156,21 +156,7 @@ bool spriteCheck(const Command &, const QString &path, QList<Diagnostic> &diagno
     if (!loadSprites(QStringLiteral("check"), path, sprites))
         return false;
     sprites.check();
-    for (int row = 0; row < sprites.messages().count(QMessages::AnySeverity); ++row) {
-        const QMessage &message = sprites.messages().at(row);
-        Diagnostic diagnostic;
-        diagnostic.path = path;
-        // A binary file has no lines: the line is the item's place from 1
-        // (0 for a message of the whole set), the column 1 for sprites and 2
-        // for palettes.
-        diagnostic.line = message.index + 1;
-        diagnostic.column = message.line == 1 ? 2 : 1;
-        diagnostic.severity = message.severity == QMessages::Error ? Diagnostic::Error
-            : message.severity == QMessages::Warning              ? Diagnostic::Warning
-                                                                  : Diagnostic::Note;
-        diagnostic.text = message.text;
-        diagnostics.append(diagnostic);
-    }
+    appendItemDiagnostics(path, sprites.messages(), diagnostics);
     return true;
 }
 

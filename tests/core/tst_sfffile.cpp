@@ -31,18 +31,6 @@ constexpr qint64 CorpusSizeCap = 4 * 1024 * 1024;
 constexpr int TruncationStride = 1;
 #endif
 
-/** A stage project, as far as a document sees one: no character palette rules. */
-class StageOwner : public QProjectOwner
-{
-public:
-    int projectType() const override { return Stage; }
-    quint32 engineVersion() const override { return DefaultEngineVersion; }
-    QMessageList *messageList() override { return &list; }
-    void documentChanged(QProjectFile *) override {}
-
-    QMessageList list;
-};
-
 QString hex(quint64 value)
 {
     return QString::number(value, 16);
@@ -330,7 +318,7 @@ private Q_SLOTS:
         QRecordingUserPrompt prompt;
         // A stage: the character's palette rules of 1.01 would repaint its
         // portraits with the first sprite's colours.
-        StageOwner owner;
+        SpriteSets::StageOwner owner;
         auto set = std::make_unique<QSprites>(&owner, QStreamCache::Memory, false, -1);
         QVERIFY(set->fromFile(file, false));
         QStringList indexedLooks;
