@@ -755,6 +755,23 @@ private Q_SLOTS:
         QVERIFY(!set.isModified());
     }
 
+    void keepingTheName()
+    {
+        QSprites set(nullptr, QStreamCache::Memory, false, -1);
+        SpriteSets::fill(set);
+        set.remove(4);
+        const QString first = path(QStringLiteral("first.sff"));
+        const QString second = path(QStringLiteral("second.sff"));
+        QVERIFY(set.toFile(first, 0, false));
+        QVERIFY(set.toFile(second, 0, false));
+        QSprites other(nullptr, QStreamCache::Memory, false, -1);
+        QVERIFY(other.fromFile(first, false));
+        // A backup opens under the name of the file it stands for.
+        QVERIFY(other.fromFile(second, true));
+        QCOMPARE(other.fileName(), first);
+        QCOMPARE(other.count(), 4);
+    }
+
     void cancelledLoadLeavesNothing()
     {
         QSprites set(nullptr, QStreamCache::Memory, false, -1);

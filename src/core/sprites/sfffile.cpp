@@ -206,6 +206,7 @@ bool SffReader::load(bool keepName)
     m_size = m_device->size();
     m_budget = 2 * m_size;
 
+    const QString previousName = set.fileName();
     set.clear();
     set.setUndoEnabled(false);
     set.setBlockChanged(true);
@@ -249,7 +250,9 @@ bool SffReader::load(bool keepName)
     }
     set.setUndoEnabled(true);
     set.setBlockChanged(false);
-    if (ok && !keepName)
+    if (keepName)
+        set.m_fileName = previousName;
+    else if (ok)
         set.m_fileName = m_fileName;
     set.setModified(false);
     return ok;
@@ -776,7 +779,7 @@ bool SffWriter::writeVersion2(QByteArray &out)
         quint32 length = 0;
         if (!bytes.isEmpty()) {
             length = quint32(bytes.size()) + 4;
-            put32(block, quint32(QImageInfo::depthOfFormat(imageFormat) / 8 * data->width() * data->height()));
+            put32(block, quint32(quint64(QImageInfo::depthOfFormat(imageFormat) / 8) * data->width() * data->height()));
             block.append(bytes);
         }
         put16(spriteNodes, quint16(sprite->itemGroup()));
