@@ -9,6 +9,7 @@
 #include "spritecommands.h"
 
 #include <QFile>
+#include <QScopeGuard>
 #include <QSet>
 #include <QtEndian>
 
@@ -283,7 +284,10 @@ bool SffReader::readVersion2()
     const auto fitting = [this](quint32 offset, quint32 count, int nodeSize) {
         return offset >= m_size ? quint32(0) : quint32(std::min<qint64>(count, (m_size - offset) / nodeSize));
     };
-    const quint32 palettes = fitting(paletteNodes, paletteCount, Sff::PaletteNodeSize);
+    // Sprites name their palette in 16 bits: palettes beyond are out of
+    // reach, and 1 KB of colours each, so a small file of nodes can't make
+    // memory run out.
+    const quint32 palettes = std::min<quint32>(fitting(paletteNodes, paletteCount, Sff::PaletteNodeSize), 65536);
     const quint32 sprites = fitting(spriteNodes, spriteCount, Sff::SpriteNodeSize);
     if (palettes < paletteCount || sprites < spriteCount)
         truncated(quint64(palettes) + sprites, quint64(paletteCount) + spriteCount);
@@ -293,6 +297,10 @@ bool SffReader::readVersion2()
     if (!step(0, total))
         return false;
 
+    // The palettes join the set's list when all are read: a palette out of
+    // the list is found (or rather not) at once by every change it reports.
+    QList<QSpritePalette *> read;
+    const auto discard = qScopeGuard([&read] { qDeleteAll(read); });
     const QByteArray paletteTable = readAt(paletteNodes, qint64(palettes) * Sff::PaletteNodeSize);
     for (quint32 p = 0; p < palettes; ++p) {
         const int node = int(p) * Sff::PaletteNodeSize;
@@ -304,8 +312,8 @@ bool SffReader::readVersion2()
         if (length == 0) {
             // A link forward or out of range leaves the palette empty; the
             // check reports it.
-            if (link < set.paletteCount())
-                RawSpriteEdits::attachColors(palette, RawSpriteEdits::colorsOf(set.paletteAt(link)));
+            if (link < read.size())
+                RawSpriteEdits::attachColors(palette, RawSpriteEdits::colorsOf(read.at(link)));
         } else {
             auto *colors = new QRGBPal;
             for (QRGBPalEntry &entry : colors->entries)
@@ -320,10 +328,13 @@ bool SffReader::readVersion2()
             }
             RawSpriteEdits::attachColors(palette, colors);
         }
-        RawSpriteEdits::insertPalette(&set, set.paletteCount(), palette);
+        read.append(palette);
         if (!step(++done, total))
             return false;
     }
+    for (QSpritePalette *palette : std::as_const(read))
+        RawSpriteEdits::insertPalette(&set, set.paletteCount(), palette);
+    read.clear();
 
     const QByteArray spriteTable = readAt(spriteNodes, qint64(sprites) * Sff::SpriteNodeSize);
     for (quint32 i = 0; i < sprites; ++i) {
@@ -509,12 +520,18 @@ void SffReader::linkEqualImages()
     // Candidates by hash; among them the closest earlier sprite wins, as a
     // walk back from each sprite would find it.
     QHash<ImageKey, QList<int>> seen;
+    const quint64 undecodable = QStreamCache::hash(QByteArray());
     for (int i = 0; i < set.count(); ++i) {
         QSprite *sprite = set.at(i);
         QSpriteData *data = sprite->data();
         if (!data)
             continue;
-        QList<int> &candidates = seen[ImageKey{cache->hashOf(data->entry()), data->info()}];
+        // An image that can't be decoded is like no other; comparing it
+        // with every other such image would take quadratic time.
+        const quint64 hash = cache->hashOf(data->entry());
+        if (hash == undecodable)
+            continue;
+        QList<int> &candidates = seen[ImageKey{hash, data->info()}];
         std::optional<QByteArray> pixels;
         for (auto j = candidates.crbegin(); j != candidates.crend(); ++j) {
             QSpriteData *other = set.at(*j)->data();
