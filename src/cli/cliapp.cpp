@@ -42,7 +42,8 @@ QString helpText()
         width = qMax(width, int((verb.name + QLatin1Char(' ') + verb.synopsis).size()));
     for (const Verb &verb : verbs()) {
         const QString line = verb.name + QLatin1Char(' ') + verb.synopsis;
-        text += QStringLiteral("  %1  %2\n").arg(line, -width).arg(verb.summary);
+        // In one pass: a synopsis may hold a "%0" of its own.
+        text += QStringLiteral("  %1  %2\n").arg(line.leftJustified(width), verb.summary);
     }
     text += QStringLiteral(
         "\n"
