@@ -8,14 +8,19 @@
 #include <cstddef>
 #include <cstdint>
 
-/** Writes the fuzzer's input into `file` and closes it; false when no file could be made. */
-inline bool writeFuzzInput(QTemporaryFile &file, const uint8_t *data, size_t size)
+/** Makes Qt's application object on the first call. */
+inline void makeFuzzApplication()
 {
     static int argc = 1;
     static char name[] = "fuzz";
     static char *argv[] = {name, nullptr};
     static QCoreApplication application(argc, argv);
+}
 
+/** Writes the fuzzer's input into `file` and closes it; false when no file could be made. */
+inline bool writeFuzzInput(QTemporaryFile &file, const uint8_t *data, size_t size)
+{
+    makeFuzzApplication();
     if (!file.open())
         return false;
     file.write(reinterpret_cast<const char *>(data), qint64(size));

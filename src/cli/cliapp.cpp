@@ -130,18 +130,18 @@ QString formatDiagnostic(const Diagnostic &d)
         .arg(QLatin1String(names[d.severity]), d.text);
 }
 
-void appendMessages(const QMessages &messages, const QString &path, QList<Diagnostic> &out)
+void appendItemDiagnostics(const QString &path, const QMessages &messages, QList<Diagnostic> &out)
 {
     for (int row = 0; row < messages.count(QMessages::AnySeverity); ++row) {
         const QMessage &message = messages.at(row);
         Diagnostic diagnostic;
         diagnostic.path = path;
         diagnostic.line = message.index + 1;
-        diagnostic.severity = message.severity == QMessages::Error     ? Diagnostic::Error
-                              : message.severity == QMessages::Warning ? Diagnostic::Warning
-                                                                       : Diagnostic::Note;
-        const bool palette = messages.fileType() == FileSprites && message.line == 1 && message.index >= 0;
-        diagnostic.text = palette ? QStringLiteral("palette: ") + message.text : message.text;
+        diagnostic.column = message.line + 1;
+        diagnostic.severity = message.severity == QMessages::Error ? Diagnostic::Error
+            : message.severity == QMessages::Warning              ? Diagnostic::Warning
+                                                                  : Diagnostic::Note;
+        diagnostic.text = message.text;
         out.append(diagnostic);
     }
 }

@@ -101,11 +101,12 @@ void error(const QString &verb, const QString &text);
 /** "path:line:column: error: text". */
 QString formatDiagnostic(const Diagnostic &diagnostic);
 /**
- * The check messages of a sprite or sound list as diagnostics of `path`. A
- * binary file has no lines: the line is the item's place from 1, and a
- * palette's message says so in its text.
+ * Appends the messages of a binary document's check (sounds, sprites) as
+ * diagnostics. Such a file has no lines: the line is the item's place from 1
+ * (0 for the file as a whole), and the column tells the list of the item, 1
+ * for the first (sounds, sprites) and 2 for the second (palettes).
  */
-void appendMessages(const QMessages &messages, const QString &path, QList<Diagnostic> &out);
+void appendItemDiagnostics(const QString &path, const QMessages &messages, QList<Diagnostic> &out);
 /** Prints a JSON value (object or array) on standard output, indented. */
 void printJson(const QJsonValue &value);
 

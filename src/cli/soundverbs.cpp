@@ -66,7 +66,7 @@ bool soundCheck(const Command &, const QString &path, QList<Diagnostic> &diagnos
     if (!loadSounds(QStringLiteral("check"), path, sounds))
         return false;
     sounds.check();
-    appendMessages(sounds.messages(), path, diagnostics);
+    appendItemDiagnostics(path, sounds.messages(), diagnostics);
     return true;
 }
 

@@ -267,7 +267,7 @@ bool checkProject(const Command &command, const QString &path, QList<Diagnostic>
         if (file->isEmpty() || !firstCheckOf(name))
             return;
         file->check();
-        appendMessages(file->messages(), name, out);
+        appendItemDiagnostics(name, file->messages(), out);
     };
     checkBinary(project.sprites(), project.sprites()->fileName());
     checkBinary(project.sounds(), project.sounds()->fileName());

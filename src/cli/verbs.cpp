@@ -3,6 +3,7 @@
 #include "cliapp.h"
 #include "runverb.h"
 #include "soundverbs.h"
+#include "spriteverbs.h"
 #include "textverbs.h"
 
 #include "core/base/qmugenmodel.h"
@@ -207,6 +208,7 @@ void registerFormats()
     registerFormat(configurationFormat);
     registerTextFormats();
     registerSoundFormat();
+    registerSpriteFormat();
 }
 
 void registerVerbs()
@@ -233,6 +235,7 @@ void registerVerbs()
               saveFlags, saveValues, 2, 2, runSave};
     registerVerb(save);
     registerSoundVerbs();
+    registerSpriteVerbs();
     registerRunVerb();
 }
 

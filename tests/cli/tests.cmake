@@ -12,3 +12,7 @@ set_property(TEST no_widgets_in_cli no_widgets_in_core PROPERTY LABELS cli)
 # Sound files and test runs through the real program, with the stand-in engine.
 kestrada_add_test(clisounds LIBS kestrada-core LABELS cli)
 add_dependencies(tst_clisounds kestrada-cli fakeengine)
+
+# Sprite files through the real program.
+kestrada_add_test(clisprites LIBS kestrada-core LABELS cli)
+add_dependencies(tst_clisprites kestrada-cli)

@@ -38,18 +38,6 @@ void addRequired(QSprites &set)
     }
 }
 
-/** A stage project, as far as a document sees one. */
-class StageOwner : public QProjectOwner
-{
-public:
-    int projectType() const override { return Stage; }
-    quint32 engineVersion() const override { return DefaultEngineVersion; }
-    QMessageList *messageList() override { return &list; }
-    void documentChanged(QProjectFile *) override {}
-
-    QMessageList list;
-};
-
 } // namespace
 
 class tst_QSprites : public QObject

@@ -2,6 +2,8 @@
 
 // Small images, palettes and sprite sets for the tests of the sprite set.
 
+#include "core/base/qmessages.h"
+#include "core/base/qprojectfile.h"
 #include "core/sprites/qrgbpal.h"
 #include "core/sprites/qsprites.h"
 
@@ -9,6 +11,18 @@
 #include <QList>
 
 namespace SpriteSets {
+
+/** A stage project, as far as a document sees one: none of a character's rules apply. */
+class StageOwner : public QProjectOwner
+{
+public:
+    int projectType() const override { return Stage; }
+    quint32 engineVersion() const override { return DefaultEngineVersion; }
+    QMessageList *messageList() override { return &list; }
+    void documentChanged(QProjectFile *) override {}
+
+    QMessageList list;
+};
 
 /** 256 colours that differ with `seed`, entry 0 transparent as the set keeps it. */
 inline QRGBPal colors(int seed)

@@ -803,13 +803,3 @@ QVariant QSprites::data(const QModelIndex &index, int role) const
         return QVariant();
     return QStringLiteral("%1, %2").arg(sprite->itemGroup()).arg(sprite->itemIndex());
 }
-
-bool QSprites::fromFile(const QString &, bool)
-{
-    return false;
-}
-
-bool QSprites::toFile(const QString &, quint32, bool)
-{
-    return false;
-}

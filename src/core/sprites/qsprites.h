@@ -14,6 +14,8 @@
 #include <QString>
 #include <QUndoStack>
 
+class QIODevice;
+
 /**
  * The sprite document of a project: one SFF file as an ordered list of
  * sprites, an ordered list of palettes, an image store and an undo stack.
@@ -186,13 +188,28 @@ public:
     void setModified(bool modified);
 
     /**
-     * Reads an SFF file. With `keepName` the set keeps the name it had.
-     * TODO: the SFF reader fills this in; until then nothing is read.
+     * Reads an SFF file of version 1.01, 2.00 or 2.01 in place of what the
+     * set holds, then links sprites with identical images. With `keepName`
+     * the set keeps the name it had. False for a file that can't be opened
+     * (the set is unchanged), one that isn't a sprite file, an unknown
+     * version or a cancel through progress() (the set is left empty); what
+     * is wrong inside a file is reported through the user prompt and loads
+     * as far as it can. Image data stays encoded as the file holds it.
      */
     bool fromFile(const QString &fileName, bool keepName);
     /**
-     * Writes the set as an SFF file of `version` (0 for the set's own).
-     * TODO: the SFF writer fills this in; until then nothing is written.
+     * fromFile() from an open, random-access device: a file or bytes in
+     * memory. `fileName` names it in messages, and becomes the set's name
+     * unless `keepName`.
+     */
+    bool fromDevice(QIODevice *device, const QString &fileName, bool keepName);
+    /**
+     * Writes the set as an SFF file of `version` (0 for the set's own,
+     * which any other value replaces first). Images that the version can't
+     * hold are converted first, and stay converted. With `asCopy` neither
+     * the name nor the stored images change (a backup). The write is
+     * atomic: on failure, reported through the user prompt, an earlier
+     * file stays as it was.
      */
     bool toFile(const QString &fileName, quint32 version, bool asCopy);
 
@@ -235,6 +252,8 @@ private:
     friend class QSpritePalette;
     friend class QPaletteObject;
     friend class RawSpriteEdits;
+    friend class SffReader;
+    friend class SffWriter;
 
     /** Pushes `command` when undo is on, and deletes it otherwise. */
     void push(QUndoCommand *command);

@@ -107,6 +107,11 @@ public:
     QByteArray decoded(const QStreamCacheEntry *entry) const;
     /** The entry's filter number; 0 for a null entry. */
     int filterOf(const QStreamCacheEntry *entry) const;
+    /**
+     * The hash of the entry's pixels, decoding them once when it isn't
+     * known yet; 0 for a null entry.
+     */
+    quint64 hashOf(QStreamCacheEntry *entry) const;
 
     /**
      * Whether two entries hold the same image. Equal hashes and equal
