@@ -10,6 +10,7 @@
 //
 //   build/bench/bench_sff --benchmark_filter=Open
 
+#include "benchsupport.h"
 #include "core/base/quserprompt.h"
 #include "core/sprites/qsprites.h"
 
@@ -20,8 +21,6 @@
 #include <QSet>
 #include <QTemporaryDir>
 #include <QtEndian>
-
-#include <benchmark/benchmark.h>
 
 #include <malloc.h>
 
@@ -210,10 +209,5 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     // Messages would only slow the runs down.
     QRecordingUserPrompt prompt;
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchSupport::runBenchmarks(argc, argv);
 }

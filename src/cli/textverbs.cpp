@@ -17,6 +17,7 @@
 #include "core/text/qsyntaxtexteditor.h"
 #include "core/text/qtextelement.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -145,6 +146,26 @@ int animationsInfo(const Command &command, const QString &path)
     return Success;
 }
 
+/**
+ * A file a DEF names, where the engine would find it: in the project's
+ * folder, then in the engine's data folder and its root, two folders up
+ * (common1.cns of stcommon lives in data/). The path in the project's
+ * folder when it is nowhere.
+ */
+QString findAsTheEngine(const QString &directory, const QString &name)
+{
+    const QString own = findFile(directory, name);
+    if (QFileInfo(own).isFile())
+        return own;
+    const QString engineRoot = QDir::cleanPath(directory + QStringLiteral("/../.."));
+    for (const QString &folder : {engineRoot + QStringLiteral("/data"), engineRoot}) {
+        const QString path = findFile(folder, name);
+        if (QFileInfo(path).isFile())
+            return path;
+    }
+    return own;
+}
+
 // Checks: the syntax processor's diagnostics, line by line, in the order
 // of the text.
 
@@ -232,13 +253,8 @@ bool checkProject(const Command &command, const QString &path, QList<Diagnostic>
 
     const QDefinitionsFiles files = definitions->files();
     const auto missing = [&](const QString &name, bool required) {
-        // The engine looks in its data folder and its own root after the
-        // project's folder (common1.cns of stcommon lives there).
-        const QString engineRoot = files.directory + QStringLiteral("/../..");
-        for (const QString &folder : {files.directory, engineRoot + QStringLiteral("/data"), engineRoot}) {
-            if (name.isEmpty() || QFileInfo(findFile(folder, name)).isFile())
-                return;
-        }
+        if (name.isEmpty() || QFileInfo(findAsTheEngine(files.directory, name)).isFile())
+            return;
         Diagnostic diagnostic;
         diagnostic.path = path;
         diagnostic.line = 0;
@@ -290,7 +306,7 @@ int projectInfo(const Command &command, const QString &path)
     const auto name = [&named, &files](const char *role, const QString &file) {
         if (file.isEmpty())
             return;
-        const QString found = findFile(files.directory, file);
+        const QString found = findAsTheEngine(files.directory, file);
         named.append(QJsonObject{{QStringLiteral("role"), QLatin1String(role)},
                                  {QStringLiteral("name"), file},
                                  {QStringLiteral("found"), QFileInfo(found).isFile()},
