@@ -1,5 +1,7 @@
 #include "sndfile.h"
 
+#include "../base/filestamp.h"
+
 #include <QCoreApplication>
 #include <QIODevice>
 #include <QtEndian>
@@ -7,9 +9,6 @@
 #include <limits>
 
 namespace {
-
-// The third line of the stamp: where the program comes from.
-const char WebAddress[] = "https://kestrada.org/";
 
 quint32 readUInt32(const char *bytes)
 {
@@ -37,8 +36,7 @@ QByteArray Snd::signature()
 
 QByteArray Snd::stamp()
 {
-    QByteArray comment = QByteArray("Made in Zanarel\nPowered by Kestrada 3\n") + WebAddress + '\n';
-    comment.append('\0');
+    QByteArray comment = fileStamp();
     comment.resize(CommentSize, '\0');
     return comment;
 }

@@ -1,6 +1,7 @@
 #include "sfffile.h"
 
 #include "../base/atomicfile.h"
+#include "../base/filestamp.h"
 #include "../base/quserprompt.h"
 #include "imagecodecs.h"
 #include "qrgbpalette.h"
@@ -18,9 +19,6 @@
 #include <optional>
 
 namespace {
-
-// The third line of the stamp: where the program comes from.
-const char WebAddress[] = "https://kestrada.org/";
 
 /** Node formats of version 2. */
 enum NodeFormat : uchar {
@@ -135,7 +133,7 @@ QByteArray Sff::signature()
 
 QByteArray Sff::stamp(int size)
 {
-    QByteArray comment = QByteArray("Made in Zanarel\nPowered by Kestrada 3\n") + WebAddress + '\n';
+    QByteArray comment = fileStamp();
     comment.resize(size, '\0');
     return comment;
 }
