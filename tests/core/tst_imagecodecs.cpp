@@ -237,6 +237,38 @@ private Q_SLOTS:
         QCOMPARE(decodeRle8(QByteArray::fromHex(data), infoOf(width, height, format)).toHex(), expected);
     }
 
+    void rle8DecodesAnyPacketsAsAPlainLoopWould()
+    {
+        // The decoder takes packets many at a time; a plain loop over
+        // random streams, rich in runs whose value bytes look like runs
+        // too, says what each must give.
+        QRandomGenerator random(8);
+        for (int round = 0; round < 400; ++round) {
+            const QImageInfo info = infoOf(random.bounded(1, 300), random.bounded(1, 40));
+            // Enough data that it could fill the image: less is refused outright.
+            const int least = info.width * info.height / 31 + 2;
+            QByteArray data(random.bounded(least, info.width * info.height + 64), Qt::Uninitialized);
+            for (char &byte : data)
+                byte = char(random.bounded(3) == 0 ? 0x40 | random.bounded(64) : random.bounded(256));
+
+            const qsizetype stride = info.bytesPerLine();
+            QByteArray flat;
+            for (qsizetype i = 0; i < data.size() && flat.size() < qsizetype(info.width) * info.height; ++i) {
+                const uchar byte = uchar(data.at(i));
+                if ((byte & 0xC0) != 0x40)
+                    flat.append(char(byte));
+                else if (i + 1 < data.size())
+                    flat.append(QByteArray(byte & 0x3F, data.at(++i)));
+            }
+            flat = flat.leftJustified(qsizetype(info.width) * info.height, '\0', true);
+            QByteArray expected;
+            for (int line = 0; line < info.height; ++line)
+                expected += flat.mid(qsizetype(line) * info.width, info.width).leftJustified(stride, '\0');
+
+            QCOMPARE(decodeRle8(data, info), expected);
+        }
+    }
+
     void rle8RoundTrips_data() { addSyntheticRows(0xFF); }
 
     void rle8RoundTrips()

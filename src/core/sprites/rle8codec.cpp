@@ -33,34 +33,59 @@ namespace {
 uchar *decodeFlat(const uchar *in, const uchar *const end, uchar *out, uchar *const outEnd)
 {
 #ifdef KESTRADA_RLE8_SSE2
-    // Sixteen bytes at a time: the single pixels before the next run are
-    // stored as they stand, and the run right after them as sixteen (or
-    // sixty-four) bytes of its value. What lands beyond the packet is
-    // written over by what follows; the buffer keeps room for a whole run.
+    // Thirty-two bytes at a time. Two compares find every run flag in them;
+    // the runs are then taken one after the other from that mask, so that
+    // the next run's place comes from a register and not from a load that
+    // waits for the last one. Each stretch of single pixels is stored as
+    // thirty-two bytes, each run as sixteen (or sixty-four) bytes of its value:
+    // what lands beyond a packet is written over by what follows, and the
+    // buffer keeps room for a whole run.
     const __m128i flagMask = _mm_set1_epi8(char(RunMask));
     const __m128i flag = _mm_set1_epi8(char(RunFlag));
-    while (end - in >= 18 && outEnd - out >= 16 + 64) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in));
-        const int runs = _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_and_si128(bytes, flagMask), flag));
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(out), bytes);
+    const auto load = [](const uchar *at) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(at)); };
+    const auto store = [](uchar *at, __m128i bytes) { _mm_storeu_si128(reinterpret_cast<__m128i *>(at), bytes); };
+    const auto flags = [&](__m128i bytes) {
+        return quint32(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_and_si128(bytes, flagMask), flag)));
+    };
+    while (end - in >= 66 && outEnd - out >= 32 + 64) {
+        const __m128i low = load(in);
+        const __m128i high = load(in + 16);
+        quint32 runs = flags(low) | (flags(high) << 16);
+        store(out, low);
+        store(out + 16, high);
         if (runs == 0) {
-            in += 16;
-            out += 16;
+            in += 32;
+            out += 32;
             continue;
         }
-        const int singles = int(qCountTrailingZeroBits(quint32(runs)));
-        in += singles;
-        out += singles;
-        const int count = in[0] & MaxRun;
-        const __m128i run = _mm_set1_epi8(char(in[1]));
-        in += 2;
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(out), run);
-        if (count > 16) {
-            _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 16), run);
-            _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 32), run);
-            _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 48), run);
+        // The first byte of the window not yet taken.
+        int next = 0;
+        for (;;) {
+            const int at = int(qCountTrailingZeroBits(runs));
+            out += at - next;
+            const int count = in[at] & MaxRun;
+            const __m128i run = _mm_set1_epi8(char(in[at + 1]));
+            store(out, run);
+            if (count > 16) {
+                store(out + 16, run);
+                store(out + 32, run);
+                store(out + 48, run);
+            }
+            out += count;
+            next = at + 2;
+            // The run's value byte may look like a flag: it goes with the run.
+            runs = next < 32 ? runs & (~0u << next) : 0;
+            if (next >= 32 || outEnd - out < 32 + 64)
+                break;
+            store(out, load(in + next));
+            store(out + 16, load(in + next + 16));
+            if (runs == 0) {
+                out += 32 - next;
+                next = 32;
+                break;
+            }
         }
-        out += count;
+        in += next;
     }
 #else
     // A packet is read without branches and written as sixteen bytes of its
