@@ -26,7 +26,6 @@
 #include <QTextBlock>
 
 #include <algorithm>
-#include <memory>
 
 namespace Cli {
 
