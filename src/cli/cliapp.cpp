@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace Cli {
@@ -119,15 +120,57 @@ void error(const QString &verb, const QString &text)
 
 QString formatDiagnostic(const Diagnostic &d)
 {
-    static const char *const names[] = {"error", "warning", "note"};
     // A message about a whole binary file has no place in it.
     if (d.line <= 0)
-        return QStringLiteral("%1: %2: %3").arg(d.path, QLatin1String(names[d.severity]), d.text);
+        return QStringLiteral("%1: %2: %3").arg(d.path, severityName(d.severity), d.text);
     return QStringLiteral("%1:%2:%3: %4: %5")
         .arg(d.path)
         .arg(d.line)
         .arg(d.column)
-        .arg(QLatin1String(names[d.severity]), d.text);
+        .arg(severityName(d.severity), d.text);
+}
+
+void Extraction::record(bool ok, const QString &file)
+{
+    if (ok) {
+        written.append(file);
+        return;
+    }
+    error(verb, QStringLiteral("%1: can't be written").arg(file));
+    ++failed;
+}
+
+int Extraction::finish(const Command &command, const QString &summary)
+{
+    if (command.json()) {
+        printJson(written);
+    } else {
+        out() << summary << '\n';
+        out().flush();
+    }
+    return failed ? Failure : Success;
+}
+
+QLatin1String severityName(Diagnostic::Severity severity)
+{
+    static const char *const names[] = {"error", "warning", "note"};
+    return QLatin1String(names[severity]);
+}
+
+Diagnostic::Severity diagnosticSeverity(int severity)
+{
+    return severity <= 0 ? Diagnostic::Error : severity == 1 ? Diagnostic::Warning : Diagnostic::Note;
+}
+
+std::function<bool(const QString &path)> hasSuffix(std::initializer_list<const char *> suffixes)
+{
+    const QList<const char *> list(suffixes);
+    return [list](const QString &path) {
+        const QString suffix = QFileInfo(path).suffix();
+        return std::any_of(list.cbegin(), list.cend(), [&](const char *s) {
+            return suffix.compare(QLatin1String(s), Qt::CaseInsensitive) == 0;
+        });
+    };
 }
 
 void appendItemDiagnostics(const QString &path, const QMessages &messages, QList<Diagnostic> &out)
@@ -138,9 +181,7 @@ void appendItemDiagnostics(const QString &path, const QMessages &messages, QList
         diagnostic.path = path;
         diagnostic.line = message.index + 1;
         diagnostic.column = message.line + 1;
-        diagnostic.severity = message.severity == QMessages::Error ? Diagnostic::Error
-            : message.severity == QMessages::Warning              ? Diagnostic::Warning
-                                                                  : Diagnostic::Note;
+        diagnostic.severity = diagnosticSeverity(message.severity);
         diagnostic.text = message.text;
         out.append(diagnostic);
     }

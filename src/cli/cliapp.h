@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonArray>
 #include <QJsonValue>
 #include <QList>
 #include <QMap>
@@ -85,6 +86,26 @@ struct Format
     QStringList saveValueOptions;
 };
 
+/**
+ * What a verb that writes many files has written: their names, and how many
+ * couldn't be written (each said on standard error as it fails).
+ */
+struct Extraction
+{
+    explicit Extraction(const QString &verb)
+        : verb(verb)
+    {
+    }
+
+    QString verb;
+    QJsonArray written;
+    int failed = 0;
+
+    void record(bool ok, const QString &file);
+    /** Prints the names with --json, `summary` otherwise; returns the exit status. */
+    int finish(const Command &command, const QString &summary);
+};
+
 void registerVerb(const Verb &verb);
 void registerFormat(const Format &format);
 /** Every registered format, in registration order. */
@@ -100,6 +121,15 @@ QTextStream &err();
 void error(const QString &verb, const QString &text);
 /** "path:line:column: error: text". */
 QString formatDiagnostic(const Diagnostic &diagnostic);
+/** "error", "warning" or "note". */
+QLatin1String severityName(Diagnostic::Severity severity);
+/**
+ * A severity of the core, which messages and syntax issues share (0 error,
+ * 1 warning, 2 note or information), as a diagnostic's.
+ */
+Diagnostic::Severity diagnosticSeverity(int severity);
+/** Whether a path ends in one of `suffixes` (without the dot), in any case. */
+std::function<bool(const QString &path)> hasSuffix(std::initializer_list<const char *> suffixes);
 /**
  * Appends the messages of a binary document's check (sounds, sprites) as
  * diagnostics. Such a file has no lines: the line is the item's place from 1

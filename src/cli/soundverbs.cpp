@@ -8,18 +8,12 @@
 #include "core/sounds/qsounds.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
 namespace Cli {
 
 namespace {
-
-bool isSoundFile(const QString &path)
-{
-    return QFileInfo(path).suffix().compare(QLatin1String("snd"), Qt::CaseInsensitive) == 0;
-}
 
 /** Loads `path` into `sounds`, or says why not under `verb`. */
 bool loadSounds(const QString &verb, const QString &path, QSounds &sounds)
@@ -97,8 +91,7 @@ int soundExtract(const Command &command)
         error(verb, QStringLiteral("%1: the folder can't be made").arg(folder.path()));
         return Failure;
     }
-    QJsonArray written;
-    int failed = 0;
+    Extraction extraction(verb);
     for (int i = 0; i < sounds.count(); ++i) {
         // An empty sound has nothing to write.
         if (sounds.sample(i).isEmpty())
@@ -108,21 +101,12 @@ int soundExtract(const Command &command)
                                                  .arg(i, 4, 10, QLatin1Char('0'))
                                                  .arg(item.group)
                                                  .arg(item.index));
-        if (sounds.saveWav(i, name)) {
-            written.append(name);
-        } else {
-            error(verb, QStringLiteral("%1: can't be written").arg(name));
-            ++failed;
-        }
+        extraction.record(sounds.saveWav(i, name), name);
     }
-    if (command.json()) {
-        printJson(written);
-    } else {
-        out() << "Extracted " << written.size() << " of " << sounds.count() << " sounds to " << folder.path()
-              << '\n';
-        out().flush();
-    }
-    return failed ? Failure : Success;
+    return extraction.finish(command, QStringLiteral("Extracted %1 of %2 sounds to %3")
+                                          .arg(extraction.written.size())
+                                          .arg(sounds.count())
+                                          .arg(folder.path()));
 }
 
 } // namespace
@@ -131,7 +115,7 @@ void registerSoundFormat()
 {
     Format format;
     format.name = QStringLiteral("sound file");
-    format.matches = isSoundFile;
+    format.matches = hasSuffix({"snd"});
     format.info = soundInfo;
     format.check = soundCheck;
     format.save = soundSave;

@@ -9,8 +9,6 @@
 #include "core/sprites/qstreamcachefilter.h"
 
 #include <QDir>
-#include <QFileInfo>
-#include <QImageWriter>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QSet>
@@ -20,11 +18,6 @@
 namespace Cli {
 
 namespace {
-
-bool isSpriteFile(const QString &path)
-{
-    return QFileInfo(path).suffix().compare(QLatin1String("sff"), Qt::CaseInsensitive) == 0;
-}
 
 /** Loads `path` into `sprites`, or says why not under `verb`. */
 bool loadSprites(const QString &verb, const QString &path, QSprites &sprites)
@@ -45,13 +38,6 @@ QString versionText(quint32 version)
     default:
         return QStringLiteral("2.01");
     }
-}
-
-QString severityText(int severity)
-{
-    return severity == QMessages::Error ? QStringLiteral("error")
-        : severity == QMessages::Warning ? QStringLiteral("warning")
-                                         : QStringLiteral("note");
 }
 
 /** The name of the form in which a sprite's image is stored, as the file formats call it. */
@@ -114,7 +100,7 @@ int spriteInfo(const Command &command, const QString &path)
         for (int row = 0; row < messages.count(QMessages::AnySeverity); ++row) {
             const QMessage &message = messages.at(row);
             list.append(QJsonObject{
-                {QStringLiteral("severity"), severityText(message.severity)},
+                {QStringLiteral("severity"), severityName(diagnosticSeverity(message.severity))},
                 {QStringLiteral("item"), message.line == 1 ? QStringLiteral("palette") : QStringLiteral("sprite")},
                 {QStringLiteral("place"), message.index},
                 {QStringLiteral("text"), message.text}});
@@ -141,7 +127,7 @@ int spriteInfo(const Command &command, const QString &path)
           << "Messages: " << messages.count(QMessages::AnySeverity) << '\n';
     for (int row = 0; row < messages.count(QMessages::AnySeverity); ++row) {
         const QMessage &message = messages.at(row);
-        out() << "  " << severityText(message.severity) << ": ";
+        out() << "  " << severityName(diagnosticSeverity(message.severity)) << ": ";
         if (message.index >= 0)
             out() << (message.line == 1 ? "palette " : "sprite ") << message.index << ": ";
         out() << message.text << '\n';
@@ -200,16 +186,7 @@ int spriteExtract(const Command &command)
         error(verb, QStringLiteral("%1: the folder can't be made").arg(folder.path()));
         return Failure;
     }
-    QJsonArray written;
-    int failed = 0;
-    const auto done = [&](bool ok, const QString &name) {
-        if (ok) {
-            written.append(name);
-        } else {
-            error(verb, QStringLiteral("%1: can't be written").arg(name));
-            ++failed;
-        }
-    };
+    Extraction extraction(verb);
     for (int i = 0; i < sprites.count(); ++i) {
         const QSprite *sprite = sprites.at(i);
         // An empty sprite has nothing to write.
@@ -224,7 +201,7 @@ int spriteExtract(const Command &command)
         // with their alpha channel.
         if (!image.isNull() && image.format() != QImage::Format_Indexed8)
             image = image.convertToFormat(QImage::Format_ARGB32);
-        done(QSprite::writeImage(image, name), name);
+        extraction.record(QSprite::writeImage(image, name), name);
     }
     for (int i = 0; i < sprites.paletteCount(); ++i) {
         const QSpritePalette *palette = sprites.paletteAt(i);
@@ -232,16 +209,13 @@ int spriteExtract(const Command &command)
             continue;
         const QString name = folder.filePath(
             QStringLiteral("palettes/%1-%2.act").arg(palette->itemGroup()).arg(palette->itemIndex()));
-        done(palette->toFile(name), name);
+        extraction.record(palette->toFile(name), name);
     }
-    if (command.json()) {
-        printJson(written);
-    } else {
-        out() << "Extracted " << written.size() << " files of " << sprites.count() << " sprites and "
-              << sprites.paletteCount() << " palettes to " << folder.path() << '\n';
-        out().flush();
-    }
-    return failed ? Failure : Success;
+    return extraction.finish(command, QStringLiteral("Extracted %1 files of %2 sprites and %3 palettes to %4")
+                                          .arg(extraction.written.size())
+                                          .arg(sprites.count())
+                                          .arg(sprites.paletteCount())
+                                          .arg(folder.path()));
 }
 
 } // namespace
@@ -250,7 +224,7 @@ void registerSpriteFormat()
 {
     Format format;
     format.name = QStringLiteral("sprite file");
-    format.matches = isSpriteFile;
+    format.matches = hasSuffix({"sff"});
     format.info = spriteInfo;
     format.check = spriteCheck;
     format.save = spriteSave;

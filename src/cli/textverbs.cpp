@@ -31,17 +31,6 @@ namespace Cli {
 
 namespace {
 
-std::function<bool(const QString &)> hasSuffix(std::initializer_list<const char *> suffixes)
-{
-    const QList<const char *> list(suffixes);
-    return [list](const QString &path) {
-        const QString suffix = QFileInfo(path).suffix();
-        return std::any_of(list.cbegin(), list.cend(), [&](const char *s) {
-            return suffix.compare(QLatin1String(s), Qt::CaseInsensitive) == 0;
-        });
-    };
-}
-
 int defaultCodepage()
 {
     return configuration ? configuration->config.value(QStringLiteral("default_codepage")).toInt() : 0;
@@ -198,9 +187,7 @@ void appendIssues(QSyntaxTextEditor *document, const QString &path, QList<Diagno
             diagnostic.path = path;
             diagnostic.line = block.blockNumber() + 1;
             diagnostic.column = issue.start + 1;
-            diagnostic.severity = issue.severity == 0   ? Diagnostic::Error
-                                  : issue.severity == 1 ? Diagnostic::Warning
-                                                        : Diagnostic::Note;
+            diagnostic.severity = diagnosticSeverity(issue.severity);
             diagnostic.text = issue.text;
             out.append(diagnostic);
         }

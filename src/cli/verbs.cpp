@@ -92,11 +92,10 @@ int runCheck(const Command &command)
     for (const Diagnostic &d : std::as_const(diagnostics)) {
         errors = errors || d.severity == Diagnostic::Error;
         if (command.json()) {
-            static const char *const names[] = {"error", "warning", "note"};
             array.append(QJsonObject{{QStringLiteral("path"), d.path},
                                      {QStringLiteral("line"), d.line},
                                      {QStringLiteral("column"), d.column},
-                                     {QStringLiteral("severity"), QLatin1String(names[d.severity])},
+                                     {QStringLiteral("severity"), severityName(d.severity)},
                                      {QStringLiteral("text"), d.text}});
         } else {
             out() << formatDiagnostic(d) << '\n';
