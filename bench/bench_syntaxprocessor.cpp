@@ -3,45 +3,31 @@
 // cost well under a millisecond, whatever the length of the file, and a
 // whole file of 40,000 lines must be read in well under half a second.
 
+#include "benchsupport.h"
 #include "core/text/qelementtexteditor.h"
 #include "core/text/qmugensyntaxprocessor.h"
 #include "core/text/qmugensyntaxproperties.h"
 
 #include <QDir>
-#include <QFile>
 #include <QGuiApplication>
 #include <QTextBlock>
-#include <QTextCodec>
 #include <QTextCursor>
 #include <QTextDocument>
 
-#include "benchsupport.h"
 
 #include <cstdio>
 #include <memory>
 
 namespace {
 
-QString corpusText(const char *relative)
-{
-    QFile file(QStringLiteral(KESTRADA_CORPUS_DIR "/") + QLatin1String(relative));
-    if (!file.open(QIODevice::ReadOnly))
-        return QString();
-    const QByteArray bytes = file.readAll();
-    return QTextCodec::codecForUtfText(bytes, QTextCodec::codecForName("Shift_JIS"))->toUnicode(bytes);
-}
+using BenchSupport::corpusText;
+using BenchSupport::repeatedToLines;
 
 /** The states of the largest real character, repeated to 40,000 lines. */
 QString fortyThousandLines()
 {
-    static QString text;
-    if (text.isEmpty()) {
-        const QString states = corpusText("ikemen-go-test-text/chars/NormalKyo/States/Special.st");
-        if (states.isEmpty())
-            return text;
-        while (text.count(QLatin1Char('\n')) < 40000)
-            text += states + QLatin1Char('\n');
-    }
+    static const QString text =
+        repeatedToLines(corpusText("ikemen-go-test-text/chars/NormalKyo/States/Special.st"), 40000);
     return text;
 }
 

@@ -2,28 +2,20 @@
 // must cost microseconds whatever the length of the file, and a whole parse
 // of the largest real files must stay well below what a user notices.
 
+#include "benchsupport.h"
 #include "core/text/qcommand.h"
 #include "core/text/qsyntaxtexteditor.h"
 #include "testelementkinds.h"
 
-#include <QFile>
 #include <QGuiApplication>
-#include <QTextCodec>
 #include <QTextCursor>
 #include <QTextDocument>
 
-#include "benchsupport.h"
 
 namespace {
 
-QString corpusText(const char *relative)
-{
-    QFile file(QStringLiteral(KESTRADA_CORPUS_DIR "/") + QLatin1String(relative));
-    if (!file.open(QIODevice::ReadOnly))
-        return QString();
-    const QByteArray bytes = file.readAll();
-    return QTextCodec::codecForUtfText(bytes, QTextCodec::codecForName("Shift_JIS"))->toUnicode(bytes);
-}
+using BenchSupport::corpusText;
+using BenchSupport::repeatedToLines;
 
 struct Document
 {
@@ -64,14 +56,11 @@ BENCHMARK(BM_WholeParseLargestCmd)->Unit(benchmark::kMillisecond);
 /** One character typed and taken back again in a frame line near the end of a 40,000-line file. */
 void BM_KeystrokeNearEndOf40000Lines(benchmark::State &state)
 {
-    const QString air = corpusText("ikemen-go-test-text/chars/NormalKyo/Anim.air");
-    if (air.isEmpty()) {
+    const QString text = repeatedToLines(corpusText("ikemen-go-test-text/chars/NormalKyo/Anim.air"), 40000);
+    if (text.isEmpty()) {
         state.SkipWithError("the corpus isn't there");
         return;
     }
-    QString text;
-    while (text.count(QLatin1Char('\n')) < 40000)
-        text += air + QLatin1Char('\n');
     Document document;
     QTextDocument *doc = document.editor.document();
     doc->setPlainText(text);
