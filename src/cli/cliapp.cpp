@@ -130,6 +130,15 @@ QString formatDiagnostic(const Diagnostic &d)
         .arg(severityName(d.severity), d.text);
 }
 
+QString Extraction::itemFileName(int place, int group, int index, const char *suffix)
+{
+    return QStringLiteral("%1_%2-%3.%4")
+        .arg(place, 4, 10, QLatin1Char('0'))
+        .arg(group)
+        .arg(index)
+        .arg(QLatin1String(suffix));
+}
+
 void Extraction::record(bool ok, const QString &file)
 {
     if (ok) {

@@ -101,6 +101,8 @@ struct Extraction
     QJsonArray written;
     int failed = 0;
 
+    /** "<place>_<group>-<index>.<suffix>", the place from 0 padded to four digits. */
+    static QString itemFileName(int place, int group, int index, const char *suffix);
     void record(bool ok, const QString &file);
     /** Prints the names with --json, `summary` otherwise; returns the exit status. */
     int finish(const Command &command, const QString &summary);

@@ -97,10 +97,7 @@ int soundExtract(const Command &command)
         if (sounds.sample(i).isEmpty())
             continue;
         const QSubItem item = sounds.subItem(i);
-        const QString name = folder.filePath(QStringLiteral("%1_%2-%3.wav")
-                                                 .arg(i, 4, 10, QLatin1Char('0'))
-                                                 .arg(item.group)
-                                                 .arg(item.index));
+        const QString name = folder.filePath(Extraction::itemFileName(i, item.group, item.index, "wav"));
         extraction.record(sounds.saveWav(i, name), name);
     }
     return extraction.finish(command, QStringLiteral("Extracted %1 of %2 sounds to %3")

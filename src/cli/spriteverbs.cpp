@@ -192,10 +192,8 @@ int spriteExtract(const Command &command)
         // An empty sprite has nothing to write.
         if (!sprite->data())
             continue;
-        const QString name = folder.filePath(QStringLiteral("%1_%2-%3.png")
-                                                 .arg(i, 4, 10, QLatin1Char('0'))
-                                                 .arg(sprite->itemGroup())
-                                                 .arg(sprite->itemIndex()));
+        const QString name =
+            folder.filePath(Extraction::itemFileName(i, sprite->itemGroup(), sprite->itemIndex(), "png"));
         QImage image = sprite->image(Default);
         // Indexed sprites stay 8-bit indexed; true colour ones are written
         // with their alpha channel.
