@@ -11,6 +11,9 @@ export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros,include_f
 # Paths below the checkout count as relative, so that a fresh clone elsewhere
 # (as CI makes) finds what an earlier build left in the cache.
 export CCACHE_BASEDIR="${CCACHE_BASEDIR:-$(pwd)}"
+# Debug builds put the working folder into the objects, and ccache then keys
+# them by it: without this, a clone in another folder never hits the cache.
+export CCACHE_NOHASHDIR="${CCACHE_NOHASHDIR:-1}"
 
 PACKAGES="build-essential cmake pkg-config ninja-build ccache
   qt6-base-dev qt6-5compat-dev qt6-multimedia-dev libqt6opengl6-dev
