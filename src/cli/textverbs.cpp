@@ -159,14 +159,15 @@ QString findAsTheEngine(const QString &directory, const QString &name)
     return own;
 }
 
-/** Whether a name is a file in one of `folders`, as the engine on Windows finds it. */
-bool foundIn(const QStringList &folders, const QString &name)
+/** The first of `folders` that holds a name, as the engine on Windows finds it: the file's path, or nothing. */
+QString findIn(const QStringList &folders, const QString &name)
 {
     for (const QString &folder : folders) {
-        if (QFileInfo(findFile(folder, name)).isFile())
-            return true;
+        const QString path = findFile(folder, name);
+        if (QFileInfo(path).isFile())
+            return path;
     }
-    return false;
+    return QString();
 }
 
 /**
@@ -346,17 +347,11 @@ bool checkScreenpack(const Command &command, const QString &path, QList<Diagnost
 
     const QStringList folders = engineFolders(QFileInfo(path).absolutePath());
     for (const NamedFile &file : screenpackFiles(document.text())) {
-        if (!foundIn(folders, file.name)) {
+        const QString found = findIn(folders, file.name);
+        if (found.isEmpty())
             out.append(missingFile(path, QStringLiteral("the file \"%1\" isn't found").arg(file.name), true));
-        } else if (file.key == QLatin1String("select") || file.key == QLatin1String("fight")) {
-            for (const QString &folder : folders) {
-                const QString found = findFile(folder, file.name);
-                if (QFileInfo(found).isFile()) {
-                    checkScreenpack(command, found, out);
-                    break;
-                }
-            }
-        }
+        else if (file.key == QLatin1String("select") || file.key == QLatin1String("fight"))
+            checkScreenpack(command, found, out);
     }
     return true;
 }
@@ -410,7 +405,7 @@ bool checkProject(const Command &command, const QString &path, QList<Diagnostic>
         // the system's fonts, which another machine may well have.
         const QStringList fontFolders = {files.directory, QDir::cleanPath(files.directory + QStringLiteral("/../font")),
                                          QDir::cleanPath(files.directory + QStringLiteral("/../../font"))};
-        if (!files.sprites.isEmpty() && !foundIn(fontFolders, files.sprites) && !isSystemFont(files.sprites))
+        if (!files.sprites.isEmpty() && findIn(fontFolders, files.sprites).isEmpty() && !isSystemFont(files.sprites))
             out.append(missingFile(path,
                                    QStringLiteral("the font file \"%1\" isn't found in the font folder or among the "
                                                   "system's fonts").arg(files.sprites),
