@@ -209,6 +209,9 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
     const QString url = document()->metaInformation(QTextDocument::DocumentUrl);
     document()->setPlainText(text);
     setLanguage(language);
+    // A screenpack's files are known by their sections, and read for their form.
+    if (auto *mugen = qobject_cast<QMugenSyntaxProcessor *>(m_processor))
+        mugen->setScreenpack(QMugenSyntaxProcessor::readsAsScreenpack(text));
     if (keepName) {
         document()->setMetaInformation(QTextDocument::DocumentTitle, title);
         document()->setMetaInformation(QTextDocument::DocumentUrl, url);
