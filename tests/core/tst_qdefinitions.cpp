@@ -1,0 +1,131 @@
+#include "core/base/qcodepages.h"
+#include "core/text/qdefinitions.h"
+
+#include <QTextDocument>
+#include <QtTest>
+
+namespace {
+
+/** The fields files() filled, "field:value" with lists joined by ",", in a fixed order. */
+QString filesOf(QDefinitions &definitions)
+{
+    const QDefinitionsFiles files = definitions.files();
+    QStringList out;
+    const auto add = [&out](const char *field, const QString &value) {
+        if (!value.isEmpty())
+            out.append(QLatin1String(field) + QLatin1Char(':') + value);
+    };
+    add("pal", files.palettes.join(QLatin1Char(',')));
+    add("st", files.states.join(QLatin1Char(',')));
+    add("spr", files.sprites);
+    add("anim", files.animations);
+    add("snd", files.sounds);
+    add("cmd", files.commands);
+    add("name", definitions.name());
+    return out.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+class tst_QDefinitions : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        buildCodecNames();
+    }
+
+    void kindVersionAndCoordinates_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<quint32>("version");
+        QTest::addColumn<QSize>("localcoord");
+        // Every document starts as a storyboard: a text without a known section keeps it.
+        const QSize standard(320, 240);
+        QTest::newRow("empty") << QString() << int(Storyboard) << 0x1010000u << standard;
+        QTest::newRow("1.1") << QStringLiteral("[Info]\nmugenversion = 1.1\n") << int(Storyboard) << 0x1010000u << standard;
+        QTest::newRow("1.0") << QStringLiteral("[Info]\nmugenversion = 1.0\n") << int(Storyboard) << 0x1000000u << standard;
+        QTest::newRow("a date is version 0") << QStringLiteral("[Info]\nmugenversion = 04,14,2001\n")
+                                             << int(Storyboard) << 0u << standard;
+        QTest::newRow("a part of two digits") << QStringLiteral("[Info]\nmugenversion = 1.10\n")
+                                              << int(Storyboard) << 0u << standard;
+        QTest::newRow("comma") << QStringLiteral("[Info]\nlocalcoord = 640,480\n") << int(Storyboard) << 0u
+                               << QSize(640, 480);
+        QTest::newRow("x") << QStringLiteral("[Info]\nlocalcoord = 640 x 480\n") << int(Storyboard) << 0u
+                           << QSize(640, 480);
+        QTest::newRow("spaces") << QStringLiteral("[Info]\nlocalcoord = 640  480\n") << int(Storyboard) << 0u
+                                << QSize(640, 480);
+        QTest::newRow("no separator") << QStringLiteral("[Info]\nlocalcoord = 640\n") << int(Storyboard) << 0u << standard;
+        QTest::newRow("files and bgdef") << QStringLiteral("[BGDef]\nspr = a.sff\n[Files]\nsprite = b.sff\n")
+                                         << int(Character) << 0u << standard;
+        QTest::newRow("stage") << QStringLiteral("[BGDef]\n") << int(Stage) << 0u << standard;
+        QTest::newRow("font") << QStringLiteral("[Def]\n") << int(Font) << 0u << standard;
+    }
+
+    void kindVersionAndCoordinates()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, type);
+        QFETCH(quint32, version);
+        QFETCH(QSize, localcoord);
+        QDefinitions definitions(nullptr);
+        definitions.setType(Storyboard);
+        definitions.document()->setPlainText(text);
+        definitions.updateHierarchy();
+        QCOMPARE(definitions.type(), type);
+        QCOMPARE(definitions.version(), version);
+        QCOMPARE(definitions.localcoord(), localcoord);
+    }
+
+    void files_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("files");
+        QTest::newRow("every key of [Files]")
+            << QStringLiteral("[Files]\nsprite = a.sff\nanim = a.air\nsound = a.snd\ncmd = a.cmd\ncns = a.cns\n"
+                              "st = st.cns\nstcommon = common1.cns\nPAL1 = 1.act\npal2 =\npalette = p.act\n")
+            << QStringLiteral("pal:1.act,,p.act st:a.cns,st.cns,common1.cns spr:a.sff anim:a.air snd:a.snd cmd:a.cmd");
+        QTest::newRow("spr is sprite") << QStringLiteral("[Files]\nspr = a.sff\n") << QStringLiteral("spr:a.sff");
+        QTest::newRow("a comment ends the value") << QStringLiteral("[Files]\npal1 = kfm.act ; comment\n")
+                                                  << QStringLiteral("pal:kfm.act");
+        QTest::newRow("backslashes") << QStringLiteral("[Files]\nsprite = chars\\kfm\\kfm.sff\n")
+                                     << QStringLiteral("spr:chars/kfm/kfm.sff");
+        QTest::newRow("a state file once") << QStringLiteral("[Files]\nst = a.cns\nst = a.cns\n") << QStringLiteral("st:a.cns");
+        // A key without "=" skips its line only, whatever follows it.
+        QTest::newRow("no = and a blank line") << QStringLiteral("[Files]\nsprite kfm.sff\n\nanim = kfm.air\n")
+                                               << QStringLiteral("anim:kfm.air");
+        QTest::newRow("no = and a comment line") << QStringLiteral("[Files]\ncmd: kfm.cmd\n; states\nst = kfm.cns\n")
+                                                 << QStringLiteral("st:kfm.cns");
+        QTest::newRow("a bare key") << QStringLiteral("[Files]\nsprite\n\n; x\nanim = kfm.air\n")
+                                    << QStringLiteral("anim:kfm.air");
+        QTest::newRow("a line that is no key") << QStringLiteral("[Files]\n\"odd\"\nsprite = a.sff\n= b\nsound = a.snd\n")
+                                               << QStringLiteral("spr:a.sff snd:a.snd");
+        QTest::newRow("sections the reading skips")
+            << QStringLiteral("; head\n[Data]\nlife = 1000\n[Files]\nsprite = a.sff\n[Statedef 0]\nanim = 0\n")
+            << QStringLiteral("spr:a.sff");
+        QTest::newRow("stages/ of a stage") << QStringLiteral("[BGDef]\nspr = stages/mine.sff\nspr = other.sff\n")
+                                            << QStringLiteral("spr:mine.sff");
+        QTest::newRow("stages/ with a folder") << QStringLiteral("[BGDef]\nspr = stages/sub/mine.sff\n")
+                                               << QStringLiteral("spr:stages/sub/mine.sff");
+        QTest::newRow("the first scene's sprites")
+            << QStringLiteral("[SceneDef]\nspr = a.sff\n[SceneDef]\nspr = b.sff\n") << QStringLiteral("spr:a.sff");
+        QTest::newRow("a font's file") << QStringLiteral("[Def]\ntype = bitmap\nfile = f.fnt\n") << QStringLiteral("spr:f.fnt");
+        QTest::newRow("a quoted name") << QStringLiteral("[Info]\nname = \"Kung Fu Man\"\n") << QStringLiteral("name:Kung Fu Man");
+        QTest::newRow("an unquoted name") << QStringLiteral("[Info]\nname = Kung Fu Man\n") << QStringLiteral("name:Kung");
+    }
+
+    void files()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, files);
+        QDefinitions definitions(nullptr);
+        definitions.document()->setPlainText(text);
+        QCOMPARE(filesOf(definitions), files);
+    }
+};
+
+QTEST_MAIN(tst_QDefinitions)
+#include "tst_qdefinitions.moc"
