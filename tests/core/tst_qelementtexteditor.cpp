@@ -331,6 +331,15 @@ private Q_SLOTS:
                  QStringLiteral("; top\n[Begin Action 0]\n0,0, 0,0, 5\n; Again\n[Begin Action 20]\n0,0, 0,0, 5\n"));
         QCOMPARE(walk->name(), QStringLiteral("Again"));
         QCOMPARE(dump(editor), freshDump(editor.document()->toPlainText()));
+
+        // A header on the first line gets its name above it, and stays a header.
+        setText(editor, "[Begin Action 0]\n0,0, 0,0, 5");
+        static_cast<QGroupHeader *>(at(editor, 0))->setName(QStringLiteral("Stand"));
+        QCOMPARE(editor.document()->toPlainText(), QStringLiteral("; Stand\n[Begin Action 0]\n0,0, 0,0, 5"));
+        QCOMPARE(static_cast<QGroupHeader *>(at(editor, 1))->name(), QStringLiteral("Stand"));
+        QCOMPARE(dump(editor), freshDump(editor.document()->toPlainText()));
+        editor.document()->undo();
+        QCOMPARE(editor.document()->toPlainText(), QStringLiteral("[Begin Action 0]\n0,0, 0,0, 5"));
     }
 
     void lineRanges()
