@@ -160,18 +160,32 @@ private Q_SLOTS:
 
     void backupsCopyEveryFileRead()
     {
-        const QString def = path(QStringLiteral("backed/kfm.def"));
-        QVERIFY(writeFile(def, "[Files]\r\ncmd = sub\\kfm.cmd\r\nst = kfm.cns\r\nanim = missing.air\r\n"));
-        QVERIFY(writeFile(path(QStringLiteral("backed/Sub/KFM.cmd")), "; cmd\r\n"));
-        QVERIFY(writeFile(path(QStringLiteral("backed/kfm.cns")), "; cns\r\n"));
+        const QString def = path(QStringLiteral("backed/chars/kfm/kfm.def"));
+        QVERIFY(writeFile(def, "[Files]\r\ncmd = sub\\kfm.cmd\r\nst = kfm.cns\r\nanim = missing.air\r\n"
+                               "st2 = ../common.cns\r\nst3 = ..\\..\\shared.cns\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("backed/chars/kfm/Sub/KFM.cmd")), "; cmd\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("backed/chars/kfm/kfm.cns")), "; cns\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("backed/chars/common.cns")), "; common\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("backed/shared.cns")), "; shared\r\n"));
         QProject project(0, true);
         QVERIFY(project.fromFile(def, 0, true, false));
-        const QStringList stamps = QDir(path(QStringLiteral("backed/backup"))).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        const QDir backups(path(QStringLiteral("backed/chars/kfm/backup")));
+        const QStringList stamps = backups.entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
         QCOMPARE(stamps.size(), 1);
-        const QString folder = path(QStringLiteral("backed/backup/")) + stamps.first() + QLatin1Char('/');
+        QVERIFY(QRegularExpression(QStringLiteral("^\\d\\d-\\d\\d-\\d{4} \\d{1,2}-\\d{1,2}-\\d{1,2} (am|pm|AM|PM)$"))
+                    .match(stamps.first()).hasMatch());
+        const QString folder = backups.filePath(stamps.first()) + QLatin1Char('/');
         QCOMPARE(readFile(folder + QStringLiteral("kfm.def")), readFile(def));
         QCOMPARE(readFile(folder + QStringLiteral("Sub/KFM.cmd")), QByteArray("; cmd\r\n"));
         QCOMPARE(readFile(folder + QStringLiteral("kfm.cns")), QByteArray("; cns\r\n"));
+        // Files above the project's folder stay inside the backup, never beside it or in the project.
+        QCOMPARE(readFile(folder + QStringLiteral("(parent)/common.cns")), QByteArray("; common\r\n"));
+        QCOMPARE(readFile(folder + QStringLiteral("(parent)/(parent)/shared.cns")), QByteArray("; shared\r\n"));
+        QCOMPARE(QDir(path(QStringLiteral("backed/chars/kfm"))).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList({QStringLiteral("backup"), QStringLiteral("kfm.cns"), QStringLiteral("kfm.def"),
+                              QStringLiteral("Sub")}));
+        QCOMPARE(QDir(path(QStringLiteral("backed/chars"))).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList({QStringLiteral("common.cns"), QStringLiteral("kfm")}));
     }
 
     void saveOfANewProjectAsksButWritesNoDef()
