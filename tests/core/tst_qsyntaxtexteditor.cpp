@@ -1,4 +1,5 @@
 #include "core/base/qcodepages.h"
+#include "core/base/quserprompt.h"
 #include "core/text/qsyntaxtexteditor.h"
 #include "testsupport.h"
 
@@ -196,9 +197,15 @@ private Q_SLOTS:
         // A file that can't be read leaves the document as it was.
         QVERIFY(!document.load(path("absent.air"), 0, false));
         QCOMPARE(document.text(), QStringLiteral("[Begin Action 1]\n"));
-        // A failed save keeps the earlier file and the document's state.
+        // A failed save tells the user where and why, and keeps the earlier file and the document's state.
         document.document()->setPlainText(QStringLiteral("changed"));
-        QVERIFY(!document.save(m_dir.path(), false, false));
+        QRecordingUserPrompt prompt;
+        QVERIFY(!document.save(path("first.air/x"), false, false));
+        QCOMPARE(prompt.calls.size(), 1);
+        QCOMPARE(prompt.calls.first().kind, QRecordingUserPrompt::Critical);
+        QCOMPARE(prompt.calls.first().title, QStringLiteral("Text saving error"));
+        QCOMPARE(prompt.calls.first().text, QStringLiteral("An error occurred when saving the file '%1'.\n%2")
+                                                .arg(QDir::toNativeSeparators(path("first.air/x")), QStringLiteral("Not a directory")));
         QVERIFY(document.isModified());
         QCOMPARE(readFile(path("first.air")), QByteArray("[Begin Action 0]\n"));
         document.clear();
