@@ -97,16 +97,6 @@ private Q_SLOTS:
         second.waitForFinished();
         QCOMPARE(handOverSize(), qint64(0));
     }
-
-    void paletteEditorModeEndsWithZero()
-    {
-        QProcess ape;
-        prepare(ape);
-        ape.start(program(), {QStringLiteral("-ape")});
-        QVERIFY(ape.waitForFinished(15000));
-        QCOMPARE(ape.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(ape.exitCode(), 0);
-    }
 };
 
 QTEST_GUILESS_MAIN(tst_HandOverProcesses)

@@ -3,9 +3,13 @@
 #include "core/base/qhandover.h"
 #include "core/base/qmugenmodel.h"
 #include "core/base/quserprompt.h"
+#include "core/sounds/qsounds.h"
+#include "core/sprites/qsprites.h"
 #include "core/text/qcommands.h"
 #include "core/text/qdefinitions.h"
 #include "gui/app/qinterface.h"
+#include "sffbuilder.h"
+#include "sndbuilder.h"
 #include "testsupport.h"
 
 #include <QMainWindow>
@@ -107,21 +111,33 @@ private Q_SLOTS:
         QMainWindow window;
         QInterface interface(&window);
         interface.start(true);
+        const QByteArray sff = SffBuilder::v2(QSprites::Version_201, {SffBuilder::Palette{0, 0, 256, 0, SffBuilder::colors(1)}},
+                                              {SffBuilder::Sprite{1, 0, 2, 2, 0, 0, 0, 0, 8, QByteArray(4, '\1')}});
+        const QByteArray snd = SndBuilder::snd({SndBuilder::Sound{1, 0, SndBuilder::wav(1, 11025, 8, 10)}});
         handOver({file(QStringLiteral("one.cmd"), "[Command]\r\nname = \"a\"\r\n"),
                   file(QStringLiteral("two.cmd"), "[Command]\r\nname = \"b\"\r\n"),
-                  file(QStringLiteral("common.cns"), "[Statedef 0]\r\n"),
-                  file(QStringLiteral("notes.txt"), "x")});
+                  file(QStringLiteral("common.cns"), "[Statedef 0]\r\n"), file(QStringLiteral("kfm.sff"), sff),
+                  file(QStringLiteral("kfm.snd"), snd), file(QStringLiteral("notes.txt"), "x"),
+                  file(QStringLiteral("again.sff"), sff)});
         interface.consumeHandOver();
         // The second commands file found the first in use and opened its own
-        // project; the state file joined that last project; the text file
-        // was skipped.
-        QCOMPARE(interface.projects().size(), 2);
+        // project; the state, sprite and sound files joined that last
+        // project; the text file was skipped; the second sprite file found
+        // the sprites in use.
+        QCOMPARE(interface.projects().size(), 3);
+        QProject *second = interface.projects().at(1);
         QCOMPARE(interface.projects().at(0)->commands()->title(), QStringLiteral("one.cmd"));
-        QCOMPARE(interface.projects().at(1)->commands()->title(), QStringLiteral("two.cmd"));
-        QCOMPARE(interface.projects().at(1)->statesCount(), 1);
-        QCOMPARE(interface.projects().at(1)->states(0)->text(), QStringLiteral("[Statedef 0]\n"));
-        QCOMPARE(interface.projects().at(1)->states(0)->document()->objectName(),
+        QCOMPARE(second->commands()->title(), QStringLiteral("two.cmd"));
+        QCOMPARE(second->statesCount(), 1);
+        QCOMPARE(second->states(0)->text(), QStringLiteral("[Statedef 0]\n"));
+        QCOMPARE(second->states(0)->document()->objectName(),
                  QFileInfo(m_temp.filePath(QStringLiteral("common.cns"))).absoluteFilePath());
+        QCOMPARE(second->sprites()->count(), 1);
+        // A lone sprite file remembers no name: its first save asks for one.
+        QVERIFY(second->sprites()->fileName().isEmpty());
+        QCOMPARE(second->sounds()->count(), 1);
+        QCOMPARE(second->sounds()->fileName(), QFileInfo(m_temp.filePath(QStringLiteral("kfm.snd"))).absoluteFilePath());
+        QCOMPARE(interface.projects().at(2)->sprites()->count(), 1);
     }
 
     void anUnknownSuffixLeavesTheTabs()
