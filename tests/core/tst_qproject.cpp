@@ -1,16 +1,12 @@
 #include "core/animation/qanimations.h"
 #include "core/app/qproject.h"
-#include "core/base/qmugenmodel.h"
 #include "core/base/quserprompt.h"
 #include "core/sounds/qsounds.h"
 #include "core/sprites/qsprites.h"
 #include "core/text/qcommands.h"
 #include "core/text/qdefinitions.h"
-#include "testsupport.h"
 
-#include <QDir>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QtTest>
@@ -43,39 +39,6 @@ class tst_QProject : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void newProjectIsABlankCharacter()
-    {
-        QProject project(0, true);
-        QCOMPARE(project.type(), int(Character));
-        QCOMPARE(project.engineVersion(), 0x1010000u);
-        QVERIFY(project.isBlank());
-        QCOMPARE(project.statesCount(), 0);
-        QVERIFY(project.states(0) == nullptr);
-        QCOMPARE(project.definitions()->fileType(), FileDefinitions);
-        QCOMPARE(project.sprites()->fileType(), FileSprites);
-        QCOMPARE(project.animationText()->fileType(), FileAnimations);
-        QCOMPARE(project.animations()->editor(), project.animationText());
-        QCOMPARE(project.commands()->fileType(), FileCommands);
-        QCOMPARE(project.sounds()->fileType(), FileSounds);
-        QCOMPARE(project.sprites()->version(), quint32(QSprites::Version_201));
-        // Nothing modified: closing asks nobody.
-        QRecordingUserPrompt prompt;
-        QVERIFY(project.canClose());
-        QVERIFY(prompt.calls.isEmpty());
-    }
-
-    void typeFollowsTheDefinitions()
-    {
-        QProject project(0, false);
-        QSignalSpy changed(project.definitions(), &QDefinitions::typeChanged);
-        project.setType(Stage);
-        QCOMPARE(project.definitions()->type(), int(Stage));
-        QCOMPARE(project.projectType(), int(Stage));
-        QCOMPARE(changed.count(), 1);
-        project.setType(Stage);
-        QCOMPARE(changed.count(), 1);
-    }
-
     void canCloseAsksEveryStateDocument()
     {
         QProject project(0, true);
@@ -200,42 +163,6 @@ private Q_SLOTS:
         QCOMPARE(changed.last().first().value<QProjectFile *>(), static_cast<QProjectFile *>(project.commands()));
     }
 
-    void settingsReachTheConfiguration()
-    {
-        QMugenModel model;
-        configuration = &model;
-        QProject project(0, true);
-        QCOMPARE(project.setting(QStringLiteral("proj_path")), QString());
-        project.setSetting(QStringLiteral("proj_path"), QStringLiteral("/home/me/chars"));
-        QCOMPARE(project.setting(QStringLiteral("proj_path")), QStringLiteral("/home/me/chars"));
-        QCOMPARE(model.config.value(QStringLiteral("proj_path")).toString(), QStringLiteral("/home/me/chars"));
-        configuration = nullptr;
-        // Without a configuration the project keeps the setting to itself.
-        project.setSetting(QStringLiteral("spr_path"), QStringLiteral("/x"));
-        QCOMPARE(project.setting(QStringLiteral("spr_path")), QStringLiteral("/x"));
-    }
-
-    void questionsGoOutAsSignalsWithAnswers()
-    {
-        QProject project(0, true);
-        connect(&project, &QProject::saveFileName, this,
-                [](QProjectFileType file, const QString &path) {
-                    return path + QStringLiteral("/answer.") + QString::number(int(file));
-                });
-        connect(&project, &QProject::spritesVersionToSave, this,
-                [](quint32 current) { return current == QSprites::Version_201 ? quint32(QSprites::Version_101) : 0u; });
-        QCOMPARE(Q_EMIT project.saveFileName(FileCommands, QStringLiteral("/p")), QStringLiteral("/p/answer.3"));
-        QCOMPARE(Q_EMIT project.spritesVersionToSave(QSprites::Version_201), quint32(QSprites::Version_101));
-
-        // The progress convention: a receiver clears allow to ask for a stop.
-        connect(&project, &QProject::progress, this, [](uint pos, uint, bool &allow) { allow = pos < 3; });
-        bool allow = true;
-        Q_EMIT project.progress(2, 0, allow);
-        QVERIFY(allow);
-        Q_EMIT project.progress(3, 0, allow);
-        QVERIFY(!allow);
-    }
-
     void savesAreRefusedWithTheirReasons()
     {
         QProject project(0, true);
@@ -252,29 +179,6 @@ private Q_SLOTS:
         QCOMPARE(prompt.calls.at(1).text, QStringLiteral("You can't save an empty AIR because M.U.G.E.N. will not open it."));
         QCOMPARE(prompt.calls.at(2).title, QStringLiteral("Save SND"));
         QCOMPARE(prompt.calls.at(2).text, QStringLiteral("You can't save an empty SND because M.U.G.E.N. will not open it."));
-    }
-
-    void fromFileReadsTheDefinitions()
-    {
-        QTemporaryDir dir;
-        const QString def = dir.filePath(QStringLiteral("chars/kfm/kfm.def"));
-        QVERIFY(TestSupport::writeFile(def, "[Info]\r\nname = \"Kung Fu Man\"\r\n"));
-        QProject project(0, true);
-        QVERIFY(!project.fromFile(dir.filePath(QStringLiteral("nothing.def")), 0, false, false));
-        QVERIFY(project.definitions()->isEmpty());
-
-        QVERIFY(project.fromFile(def, 0, true, false));
-        QCOMPARE(project.definitions()->text(), QStringLiteral("[Info]\nname = \"Kung Fu Man\"\n"));
-        QCOMPARE(project.definitions()->directory(), QFileInfo(def).absolutePath());
-        QVERIFY(!project.definitions()->isModified());
-        // The backup holds the DEF under its bare name in a time-stamped folder.
-        const QDir backups(dir.filePath(QStringLiteral("chars/kfm/backup")));
-        const QStringList stamps = backups.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-        QCOMPARE(stamps.size(), 1);
-        QVERIFY(QRegularExpression(QStringLiteral("^\\d\\d-\\d\\d-\\d{4} \\d{1,2}-\\d{1,2}-\\d{1,2} (am|pm|AM|PM)$"))
-                    .match(stamps.first()).hasMatch());
-        QCOMPARE(TestSupport::readFile(backups.filePath(stamps.first() + QStringLiteral("/kfm.def"))),
-                 TestSupport::readFile(def));
     }
 };
 

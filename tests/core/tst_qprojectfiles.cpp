@@ -129,6 +129,9 @@ private Q_SLOTS:
         const QString def = path(QStringLiteral("empty/empty.def"));
         QVERIFY(writeFile(def, "[Info]\r\nname = \"Nobody\"\r\n[Files]\r\n"));
         QProject project(0, true);
+        // Only a DEF that can't be read fails.
+        QVERIFY(!project.fromFile(path(QStringLiteral("empty/none.def")), 0, false, false));
+        QVERIFY(project.definitions()->isEmpty());
         QVERIFY(project.fromFile(def, 0, false, false));
         QCOMPARE(project.definitions()->name(), QStringLiteral("Nobody"));
         QVERIFY(project.sprites()->isEmpty());
@@ -268,19 +271,20 @@ private Q_SLOTS:
         QCOMPARE(readFile(path(QStringLiteral("char/states/kfm.cns"))), QByteArray("; first\r\n"));
     }
 
-    void sameBareNamesMatchTheFirstDocument()
+    void theFirstDocumentOfANameIsCopied()
     {
         const QString def = path(QStringLiteral("twice/t.def"));
-        QVERIFY(writeFile(def, "[Files]\r\nst = a/x.cns\r\nst2 = b/x.cns\r\n"));
-        QVERIFY(writeFile(path(QStringLiteral("twice/a/x.cns")), "; a\r\n"));
-        QVERIFY(writeFile(path(QStringLiteral("twice/b/x.cns")), "; b\r\n"));
+        QVERIFY(writeFile(def, "[Files]\r\nst = x.cns\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("twice/x.cns")), "; mine\r\n"));
+        QVERIFY(writeFile(path(QStringLiteral("elsewhere/x.cns")), "; other\r\n"));
         QProject project(0, true);
         QVERIFY(project.fromFile(def, 0, false, false));
+        // A file of the same name opened later, as a hand-over does.
+        QVERIFY(project.addState(QString())->load(path(QStringLiteral("elsewhere/x.cns")), 0, false));
         QStringList created;
         const QString target = path(QStringLiteral("twice-out/"));
         QVERIFY(project.saveForTest(target, QStringLiteral("t"), created));
-        QCOMPARE(readFile(target + QStringLiteral("a/x.cns")), QByteArray("; a\r\n"));
-        QCOMPARE(readFile(target + QStringLiteral("b/x.cns")), QByteArray("; b\r\n"));
+        QCOMPARE(readFile(target + QStringLiteral("x.cns")), QByteArray("; mine\r\n"));
     }
 
     void palettesAreNumberedByTheFilesFound()
