@@ -40,44 +40,33 @@ private Q_SLOTS:
     void kindVersionAndCoordinates_data()
     {
         QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("type");
-        QTest::addColumn<quint32>("version");
-        QTest::addColumn<QSize>("localcoord");
-        // Every document starts as a storyboard: a text without a known section keeps it.
-        const QSize standard(320, 240);
-        QTest::newRow("empty") << QString() << int(Storyboard) << 0x1010000u << standard;
-        QTest::newRow("1.1") << QStringLiteral("[Info]\nmugenversion = 1.1\n") << int(Storyboard) << 0x1010000u << standard;
-        QTest::newRow("1.0") << QStringLiteral("[Info]\nmugenversion = 1.0\n") << int(Storyboard) << 0x1000000u << standard;
-        QTest::newRow("a date is version 0") << QStringLiteral("[Info]\nmugenversion = 04,14,2001\n")
-                                             << int(Storyboard) << 0u << standard;
-        QTest::newRow("a part of two digits") << QStringLiteral("[Info]\nmugenversion = 1.10\n")
-                                              << int(Storyboard) << 0u << standard;
-        QTest::newRow("comma") << QStringLiteral("[Info]\nlocalcoord = 640,480\n") << int(Storyboard) << 0u
-                               << QSize(640, 480);
-        QTest::newRow("x") << QStringLiteral("[Info]\nlocalcoord = 640 x 480\n") << int(Storyboard) << 0u
-                           << QSize(640, 480);
-        QTest::newRow("spaces") << QStringLiteral("[Info]\nlocalcoord = 640  480\n") << int(Storyboard) << 0u
-                                << QSize(640, 480);
-        QTest::newRow("no separator") << QStringLiteral("[Info]\nlocalcoord = 640\n") << int(Storyboard) << 0u << standard;
-        QTest::newRow("files and bgdef") << QStringLiteral("[BGDef]\nspr = a.sff\n[Files]\nsprite = b.sff\n")
-                                         << int(Character) << 0u << standard;
-        QTest::newRow("stage") << QStringLiteral("[BGDef]\n") << int(Stage) << 0u << standard;
-        QTest::newRow("font") << QStringLiteral("[Def]\n") << int(Font) << 0u << standard;
+        // "type version widthxheight"; every document starts as a storyboard (2), which a text without a known section keeps.
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("empty") << QString() << QStringLiteral("2 1010000 320x240");
+        QTest::newRow("1.1") << QStringLiteral("[Info]\nmugenversion = 1.1\n") << QStringLiteral("2 1010000 320x240");
+        QTest::newRow("1.0") << QStringLiteral("[Info]\nmugenversion = 1.0\n") << QStringLiteral("2 1000000 320x240");
+        QTest::newRow("a date is version 0") << QStringLiteral("[Info]\nmugenversion = 04,14,2001\n") << QStringLiteral("2 0 320x240");
+        QTest::newRow("a part of two digits") << QStringLiteral("[Info]\nmugenversion = 1.10\n") << QStringLiteral("2 0 320x240");
+        QTest::newRow("comma") << QStringLiteral("[Info]\nlocalcoord = 640,480\n") << QStringLiteral("2 0 640x480");
+        QTest::newRow("x") << QStringLiteral("[Info]\nlocalcoord = 640 x 480\n") << QStringLiteral("2 0 640x480");
+        QTest::newRow("spaces") << QStringLiteral("[Info]\nlocalcoord = 640  480\n") << QStringLiteral("2 0 640x480");
+        QTest::newRow("no separator") << QStringLiteral("[Info]\nlocalcoord = 640\n") << QStringLiteral("2 0 320x240");
+        QTest::newRow("files and bgdef") << QStringLiteral("[BGDef]\n[Files]\n") << QStringLiteral("1 0 320x240");
+        QTest::newRow("stage") << QStringLiteral("[BGDef]\n") << QStringLiteral("4 0 320x240");
+        QTest::newRow("font") << QStringLiteral("[Def]\n") << QStringLiteral("8 0 320x240");
     }
 
     void kindVersionAndCoordinates()
     {
         QFETCH(QString, text);
-        QFETCH(int, type);
-        QFETCH(quint32, version);
-        QFETCH(QSize, localcoord);
+        QFETCH(QString, expected);
         QDefinitions definitions(nullptr);
         definitions.setType(Storyboard);
         definitions.document()->setPlainText(text);
         definitions.updateHierarchy();
-        QCOMPARE(definitions.type(), type);
-        QCOMPARE(definitions.version(), version);
-        QCOMPARE(definitions.localcoord(), localcoord);
+        const QSize size = definitions.localcoord();
+        QCOMPARE(QStringLiteral("%1 %2 %3x%4").arg(definitions.type()).arg(definitions.version(), 0, 16).arg(size.width()).arg(size.height()),
+                 expected);
     }
 
     void files_data()

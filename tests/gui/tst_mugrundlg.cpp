@@ -2,7 +2,6 @@
 #include "gui/app/mugrundlg.h"
 
 #include <QDialogButtonBox>
-#include <QLabel>
 #include <QListView>
 #include <QPushButton>
 #include <QtTest>
@@ -37,23 +36,6 @@ private:
     }
 
 private Q_SLOTS:
-    void showsTheChoice()
-    {
-        QMugenModel model;
-        fill(model);
-        MugRunDlg dialog(nullptr, &model);
-        QCOMPARE(dialog.windowTitle(), QStringLiteral("Run in M.U.G.E.N."));
-        QStringList labels;
-        for (const QLabel *label : dialog.findChildren<QLabel *>())
-            labels.append(label->text());
-        QVERIFY(labels.contains(QStringLiteral("Choose the target:")));
-        QVERIFY(labels.contains(QStringLiteral("M.U.G.E.N. will fail if you try to test a char created with a new "
-                                               "format in an older version (default format is 1.1).")));
-        auto *list = dialog.findChild<QListView *>(QStringLiteral("list"));
-        QVERIFY(list);
-        QCOMPARE(list->model(), &model);
-    }
-
     void startsOnTheLastOneUsed_data()
     {
         QTest::addColumn<QVariant>("last");

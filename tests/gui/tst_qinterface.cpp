@@ -61,16 +61,6 @@ private Q_SLOTS:
         QFile::remove(QHandOver::path());
     }
 
-    void startsWithOneBlankProject()
-    {
-        QMainWindow window;
-        QInterface interface(&window);
-        interface.start(false);
-        QCOMPARE(interface.projects().size(), 1);
-        QVERIFY(interface.projects().first()->isBlank());
-        QCOMPARE(interface.currentProject(), interface.projects().first());
-    }
-
     void aDefReplacesTheBlankProject()
     {
         const QString def = file(QStringLiteral("kfm/kfm.def"), "[Files]\r\n");
@@ -138,19 +128,6 @@ private Q_SLOTS:
         QCOMPARE(second->sounds()->count(), 1);
         QCOMPARE(second->sounds()->fileName(), QFileInfo(m_temp.filePath(QStringLiteral("kfm.snd"))).absoluteFilePath());
         QCOMPARE(interface.projects().at(2)->sprites()->count(), 1);
-    }
-
-    void anUnknownSuffixLeavesTheTabs()
-    {
-        QMainWindow window;
-        QInterface interface(&window);
-        interface.start(true);
-        QSignalSpy changed(&interface, &QInterface::projectsChanged);
-        handOver({file(QStringLiteral("readme.txt"), "x"), file(QStringLiteral("noext"), "x")});
-        interface.consumeHandOver();
-        QCOMPARE(interface.projects().size(), 1);
-        QVERIFY(interface.projects().first()->isBlank());
-        QCOMPARE(changed.count(), 0);
     }
 
     void theWatcherPicksUpLinesOfOtherInstances()
