@@ -77,10 +77,8 @@ private Q_SLOTS:
     void failedLoadsLeaveTheDefaults_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::newRow("wrong root") << QByteArray("<!DOCTYPE ZNLConfigML>\n<settings>\n"
-                                                  "<config name=\"undo_limit\" value=\"3\"/>\n"
-                                                  "<config name=\"mugen_0_name\" value=\"M\"/>\n"
-                                                  "</settings>\n");
+        QTest::newRow("wrong root") << QByteArray("<!DOCTYPE ZNLConfigML>\n<settings>\n<config name=\"undo_limit\" value=\"3\"/>\n"
+                                                  "<config name=\"mugen_0_name\" value=\"M\"/>\n</settings>\n");
         QTest::newRow("not xml") << QByteArray("undo_limit=3\n");
         QTest::newRow("truncated") << QByteArray("<!DOCTYPE ZNLConfigML>\n<configuration>\n<config name=\"undo_li");
         QTest::newRow("empty") << QByteArray();

@@ -132,9 +132,8 @@ private Q_SLOTS:
         QProject project(0, true);
         project.commands()->messages().add(0, QStringLiteral("bad"), 2, 6);
         project.sprites()->messages().add(1, QStringLiteral("dup"), 3, 1);
-        QCOMPARE(project.messages().rowCount(), 2);
-        QCOMPARE(project.messages().errors(), 1);
-        QCOMPARE(project.messages().warnings(), 1);
+        QCOMPARE(QList<int>({project.messages().rowCount(), project.messages().errors(), project.messages().warnings()}),
+                 QList<int>({2, 1, 1}));
         QSignalSpy changed(&project, &QProject::changed);
         modify(project.commands());
         QVERIFY(!changed.isEmpty());

@@ -12,7 +12,6 @@ private Q_SLOTS:
     {
         QMainWindow window;
         QProgress progress(&window, QStringLiteral("Loading project..."));
-        QCOMPARE(progress.windowTitle(), QStringLiteral("Loading project..."));
         QCOMPARE(progress.windowModality(), Qt::WindowModal);
         QVERIFY(!progress.isVisible());
 

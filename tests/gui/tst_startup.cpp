@@ -34,15 +34,13 @@ private Q_SLOTS:
         QTest::newRow("file, first") << QStringList{program, file} << true << file << true << false;
         QTest::newRow("file, second") << QStringList{program, file} << false << file << false << false;
         // The first instance runs in another folder: it gets the whole path.
-        QTest::newRow("relative file, second") << QStringList{program, QStringLiteral("./kfm.def")} << false
-                                               << file << false << false;
-        QTest::newRow("missing file, second")
-            << QStringList{program, m_dir.filePath(QStringLiteral("none.def"))} << false << QString() << true << false;
+        QTest::newRow("relative file, second") << QStringList{program, QStringLiteral("./kfm.def")} << false << file << false << false;
+        const QString missing = m_dir.filePath(QStringLiteral("none.def"));
+        QTest::newRow("missing file, second") << QStringList{program, missing} << false << QString() << true << false;
         QTest::newRow("-ape") << QStringList{program, QStringLiteral("-ape")} << true << QString() << false << true;
         QTest::newRow("-ape, second") << QStringList{program, QStringLiteral("-ape")} << false << QString() << false << true;
         QTest::newRow("-APE is no option") << QStringList{program, QStringLiteral("-APE")} << true << QString() << true << false;
-        QTest::newRow("three arguments") << QStringList{program, file, QStringLiteral("-ape")} << false << QString()
-                                         << true << false;
+        QTest::newRow("three arguments") << QStringList{program, file, QStringLiteral("-ape")} << false << QString() << true << false;
     }
 
     void decisions()
@@ -64,8 +62,7 @@ private Q_SLOTS:
         QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("-ape")), "x"));
         const StartDecision decision = decideStart({QStringLiteral("kestrada"), QStringLiteral("-ape")}, false);
         QCOMPARE(decision.handOverFile, m_dir.filePath(QStringLiteral("-ape")));
-        QVERIFY(!decision.paletteEditor);
-        QVERIFY(!decision.showWindow);
+        QVERIFY(!decision.paletteEditor && !decision.showWindow);
     }
 };
 

@@ -27,16 +27,9 @@ public:
 };
 
 /** A line kept as its words: frames (32), Clsn declarations (64) and boxes (128). */
-template <int Type>
-class TestWords : public QTextElement
+class TestLine : public QTextElement
 {
 public:
-    int elementType() const override { return Type; }
-    void release() override
-    {
-        words.clear();
-        QTextElementPool<TestWords>::give(this);
-    }
     void update(const QList<QTextElementToken> &tokens) override
     {
         words.clear();
@@ -45,20 +38,21 @@ public:
     }
     QStringList words;
 };
+
+template <int Type>
+class TestWords : public TestLine
+{
+public:
+    int elementType() const override { return Type; }
+    void release() override
+    {
+        words.clear();
+        QTextElementPool<TestWords>::give(this);
+    }
+};
 using TestFrame = TestWords<32>;
 using TestClsnDecl = TestWords<64>;
 using TestClsn = TestWords<128>;
-
-/** The words of a frame, Clsn declaration or box; empty for any other element. */
-inline QStringList wordsOf(const QTextElement *e)
-{
-    switch (e->elementType()) {
-    case 32: return static_cast<const TestFrame *>(e)->words;
-    case 64: return static_cast<const TestClsnDecl *>(e)->words;
-    case 128: return static_cast<const TestClsn *>(e)->words;
-    }
-    return QStringList();
-}
 
 /** A kind of line: its start rule and a test of the token at each position. */
 template <typename Element>
