@@ -109,22 +109,6 @@ int nextSection(QTextTokenizer &tokenizer, int token)
     return token;
 }
 
-/**
- * Leaves the line of `token`, unless the line already ended there, and
- * returns the first token of the next line that has one.
- */
-int nextLine(QTextTokenizer &tokenizer, int token)
-{
-    if (token == QTextTokenizer::EndOfText)
-        return token;
-    if (token != QTextTokenizer::EndOfLine)
-        tokenizer.skipLine();
-    do {
-        token = tokenizer.next();
-    } while (token == QTextTokenizer::EndOfLine);
-    return token;
-}
-
 /** The value of a key line, after its "=": up to the line's end or a ';', trimmed, with "/" for "\". */
 QString readValue(QTextTokenizer &tokenizer, int &token)
 {
@@ -156,7 +140,7 @@ QDefinitionsFiles QDefinitions::files()
             token = nextSection(tokenizer, token);
             continue;
         }
-        token = nextLine(tokenizer, token);
+        token = tokenizer.nextLine(token);
 
         // Every line up to the next section counts: a line that is no key
         // line, or whose key has no "=", is skipped alone, so a slip in one
@@ -164,13 +148,13 @@ QDefinitionsFiles QDefinitions::files()
         bool done = false;
         while (!done && token != QTextTokenizer::EndOfText && token != QTextTokenizer::OpenBracket) {
             if (token != QTextTokenizer::Identifier) {
-                token = nextLine(tokenizer, token);
+                token = tokenizer.nextLine(token);
                 continue;
             }
             const QString key = tokenizer.text().toLower();
             token = tokenizer.next();
             if (token != QTextTokenizer::Equal) {
-                token = nextLine(tokenizer, token);
+                token = tokenizer.nextLine(token);
                 continue;
             }
             if (section == QLatin1String("files")) {
@@ -211,7 +195,7 @@ QDefinitionsFiles QDefinitions::files()
                 }
             }
             if (!done)
-                token = nextLine(tokenizer, token);
+                token = tokenizer.nextLine(token);
         }
         token = nextSection(tokenizer, token);
     }
