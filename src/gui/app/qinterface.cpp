@@ -147,7 +147,7 @@ void QInterface::openDocument(const QString &fileName, const QString &suffix)
         QSyntaxTextEditor *state = project->addState(QFileInfo(fileName).fileName());
         state->document()->setObjectName(fileName);
         state->load(fileName, codepage, false);
-    } else {
+    } else if (suffix == QLatin1String("snd")) {
         project->sounds()->fromFile(fileName, false);
     }
     Q_EMIT projectsChanged();
