@@ -121,14 +121,18 @@ private Q_SLOTS:
         // The first instance holds the file open from its start on.
         QHandOver own;
         QVERIFY(own.openForFirstInstance());
+        handOver({file(QStringLiteral("kfm/kfm.def"), "[Files]\r\n")});
         QMainWindow window;
         QInterface interface(&window);
+        // Another instance hands a file over while the start still opens the DEF it read.
+        const QString later = file(QStringLiteral("later.air"), "[Begin Action 0]\r\n");
+        connect(&interface, &QInterface::projectsChanged, this, [&] {
+            if (interface.projects().size() == 2 && QFileInfo(QHandOver::path()).size() == 0)
+                handOver({later});
+        });
         interface.start(true);
-        QSignalSpy changed(&interface, &QInterface::projectsChanged);
-        handOver({file(QStringLiteral("later.air"), "[Begin Action 0]\r\n")});
-        QTRY_COMPARE(interface.projects().first()->animationText()->title(), QStringLiteral("later.air"));
+        QTRY_COMPARE(interface.projects().last()->animationText()->title(), QStringLiteral("later.air"));
         QTRY_COMPARE(QFileInfo(QHandOver::path()).size(), 0);
-        QVERIFY(changed.count() >= 1);
     }
 
     void closingTheLastProjectLeavesABlankOne()

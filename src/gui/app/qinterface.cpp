@@ -33,9 +33,11 @@ void QInterface::start(bool firstInstance)
     newProject(false);
     if (!firstInstance)
         return;
-    consumeHandOver();
+    // Watch first: a line another instance appends while the files handed
+    // over so far are still opening would otherwise wait for the next one.
     m_watcher.addPath(QHandOver::path());
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &QInterface::fileChanged);
+    consumeHandOver();
 }
 
 QProject *QInterface::createProject()
