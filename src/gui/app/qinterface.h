@@ -21,8 +21,8 @@ public:
 
     /**
      * The start, once, as the last act of building the main window: one
-     * blank project, and for the first instance the files handed over so
-     * far, then a watch on the hand-over file.
+     * blank project, and for the first instance a watch on the hand-over
+     * file, then the files handed over so far.
      */
     void start(bool firstInstance);
 
