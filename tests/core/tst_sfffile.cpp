@@ -267,13 +267,19 @@ private Q_SLOTS:
             QCOMPARE(prompt.calls.last().text, QStringLiteral("You can't save this SFF without palettes."));
             return;
         }
+        const bool alpha = set.version() == QSprites::Version_201;
+        // No pixel changes, in memory or in the file, unless true colour
+        // had to be reduced.
+        bool reduced = false;
+        for (int i = 0; i < set.count(); ++i)
+            reduced = reduced || (!alpha && set.at(i)->data()->format() != QImageInfo::Indexed);
+        const QStringList before = describeSprites(set, alpha);
         QVERIFY(set.toFile(saved, 0, false));
         QCOMPARE(set.fileName(), saved);
         QVERIFY(!set.isModified());
         QSprites again(nullptr, QStreamCache::Memory, false, -1);
         QVERIFY(again.fromFile(saved, false));
-        const bool alpha = set.version() == QSprites::Version_201;
-        QCOMPARE(describeSprites(again, alpha), describeSprites(set, alpha));
+        QCOMPARE(describeSprites(again, alpha), reduced ? describeSprites(set, alpha) : before);
         if (!version1)
             QCOMPARE(describePalettes(again), describePalettes(set));
 
@@ -571,14 +577,15 @@ private Q_SLOTS:
         QTest::addColumn<quint32>("version");
         QTest::addColumn<QList<int>>("formats");
         QTest::addColumn<QList<int>>("depths");
-        // Sprites: indexed with 256 colours, indexed with 32, the same image
-        // with another palette (linked), RGB, ARGB.
+        // Sprites: indexed with 256 colours, indexed with 32, the first
+        // image with the palette of 32 (linked), RGB, ARGB, and indexes above
+        // 31 with the palette of 32. Five bits hold neither of the last two.
         // In 2.00 the true colour images are reduced; their few colours make
         // palettes of 32.
-        QTest::newRow("2.00") << quint32(QSprites::Version_200) << QList<int>{2, 4, 1, 4, 4}
-                              << QList<int>{8, 5, 5, 5, 5};
-        QTest::newRow("2.01") << quint32(QSprites::Version_201) << QList<int>{10, 4, 1, 11, 12}
-                              << QList<int>{8, 5, 5, 24, 32};
+        QTest::newRow("2.00") << quint32(QSprites::Version_200) << QList<int>{2, 4, 1, 4, 4, 2}
+                              << QList<int>{8, 5, 8, 5, 5, 8};
+        QTest::newRow("2.01") << quint32(QSprites::Version_201) << QList<int>{10, 4, 1, 11, 12, 10}
+                              << QList<int>{8, 5, 8, 24, 32, 8};
     }
 
     void formatsWritten()
@@ -604,7 +611,9 @@ private Q_SLOTS:
         QImage argb = SpriteSets::rgbImage(5, 5, 2).convertToFormat(QImage::Format_ARGB32);
         argb.setPixel(0, 0, qRgba(1, 2, 3, 4));
         add(4, nullptr, argb);
+        add(5, small, SpriteSets::indexedImage(7, 7, 3));
         QCOMPARE(set.at(2)->data(), set.at(0)->data());
+        const QStringList before = describeSprites(set, true);
 
         const QString saved = path(QStringLiteral("formats.sff"));
         QVERIFY(set.toFile(saved, version, false));
@@ -631,7 +640,7 @@ private Q_SLOTS:
         const quint32 palettes = quint32(set.paletteCount());
         QCOMPARE(u32(bytes, 48), palettes);
         QCOMPARE(u32(bytes, 36), 512 + palettes * 16);
-        QCOMPARE(u32(bytes, 52), 512 + palettes * 16 + 5 * 28);
+        QCOMPARE(u32(bytes, 52), 512 + palettes * 16 + 6 * 28);
         QCOMPARE(qsizetype(u32(bytes, 60)) + u32(bytes, 64), bytes.size());
         QVERIFY(bytes.mid(76, 16).startsWith("Made in Zanarel\n"));
 
@@ -640,6 +649,8 @@ private Q_SLOTS:
         // 2.00 keeps no alpha: the reduced sprites' unused colours come back opaque.
         const bool alpha = version == QSprites::Version_201;
         QCOMPARE(describeSprites(again, alpha), describeSprites(set, alpha));
+        // No indexed sprite changed a pixel, in memory or in the file.
+        QCOMPARE(describeSprites(set, true).at(5), before.at(5));
         QCOMPARE(again.at(1)->flags(), quint16(DecompressOnLoad));
         if (version == QSprites::Version_200) {
             // 2.00 holds no true colour: the sprites were made indexed, in memory too.

@@ -99,6 +99,25 @@ QByteArray rawToStoreLines(const QByteArray &data, const QImageInfo &info)
     return lines;
 }
 
+/**
+ * Whether every pixel of an indexed image is below 32, as LZ5 keeps only
+ * five bits of each. What is stored as LZ5 already is.
+ */
+bool fitsFiveBits(const QSpriteData *data)
+{
+    if (data->cache()->filterOf(data->entry()) == QStreamCacheFilter::LZ5)
+        return true;
+    const QImage image = data->image();
+    if (image.isNull())
+        return false;
+    for (int y = 0; y < image.height(); ++y) {
+        const uchar *line = image.constScanLine(y);
+        if (std::any_of(line, line + image.width(), [](uchar index) { return index >= 32; }))
+            return false;
+    }
+    return true;
+}
+
 /** The two sprites that the engine shows with the character's own palette. */
 bool isCharacterPaletteSprite(const QSprite *sprite)
 {
@@ -742,6 +761,7 @@ bool SffWriter::writeVersion2(QByteArray &out)
 
     QByteArray spriteNodes;
     QHash<const QSpriteData *, int> firstHolders;
+    QHash<const QSpriteData *, bool> fiveBitImages;
     QStreamCache *cache = set.cache();
     for (int i = 0; i < spriteCount; ++i) {
         const QSprite *sprite = set.at(i);
@@ -751,9 +771,12 @@ bool SffWriter::writeVersion2(QByteArray &out)
         if (data && link < 0)
             firstHolders.insert(data, i);
         const int imageFormat = data ? data->format() : QImageInfo::Auto;
-        // Only an indexed image can be stored in 5 bits.
-        const bool fiveBits =
-            imageFormat == QImageInfo::Indexed && palette && palette->colorCount() == 32;
+        bool fiveBits = imageFormat == QImageInfo::Indexed && palette && palette->colorCount() == 32;
+        if (fiveBits) {
+            const auto known = fiveBitImages.constFind(data);
+            fiveBits = known != fiveBitImages.cend() ? *known : fitsFiveBits(data);
+            fiveBitImages.insert(data, fiveBits);
+        }
         const int depth = fiveBits ? 5 : QImageInfo::depthOfFormat(imageFormat);
         uchar format = FormatLinked;
         if (link < 0 && data) {
@@ -783,10 +806,10 @@ bool SffWriter::writeVersion2(QByteArray &out)
                                              : encodePng(image);
                 if (bytes.isEmpty())
                     return failed(i, QSprites::tr("Can't compress the image."));
-                // The next save copies them. LZ5 keeps five bits of each
-                // pixel, so the pixels' hash may no longer hold.
+                // The next save copies them. The pixels are the same, and so
+                // is their hash.
                 if (!m_asCopy)
-                    data->replace(bytes, filter, data->info(), format == FormatLz5 ? 0 : data->entry()->hash());
+                    data->replace(bytes, filter, data->info(), data->entry()->hash());
             }
             if (bytes.isEmpty())
                 format = FormatLinked;
