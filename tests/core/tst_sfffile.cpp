@@ -282,6 +282,8 @@ private Q_SLOTS:
         QCOMPARE(describeSprites(again, alpha), reduced ? describeSprites(set, alpha) : before);
         if (!version1)
             QCOMPARE(describePalettes(again), describePalettes(set));
+        else // The palette type of the header stays as its author set it.
+            QCOMPARE(readFile(saved).at(32), original.at(32));
 
         if (!version1) {
             // Images stored in the form the version writes go out byte for byte.
@@ -720,6 +722,8 @@ private Q_SLOTS:
         QSignalSpy order(&set, &QSprites::orderMustBeChanged);
         // The save goes on whatever the receiver does.
         QVERIFY(set.toFile(path(QStringLiteral("order.sff")), QSprites::Version_101, false));
+        // A new file's palette type is 0.
+        QCOMPARE(readFile(path(QStringLiteral("order.sff"))).at(32), '\0');
         QCOMPARE(order.size(), 1);
         QCOMPARE(order.at(0).at(0).value<QList<uint>>(), (QList<uint>{0, 2}));
     }

@@ -298,6 +298,7 @@ void QSprites::clear()
     m_sprites.clear();
     endResetModel();
     m_fileName.clear();
+    m_paletteType = 0;
     m_currentIndex = 0;
     m_undoStack.clear();
     setModified(false);

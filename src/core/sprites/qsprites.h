@@ -70,7 +70,8 @@ public:
     void remove(int i) override;
     /**
      * Removes every sprite, gives back every store entry, forgets the file
-     * name and clears the undo stack: the start of a load, or a new file.
+     * name and what the header held, and clears the undo stack: the start
+     * of a load, or a new file.
      * The palettes stay. The set is unmodified afterwards.
      */
     void clear();
@@ -291,6 +292,11 @@ private:
     QStreamCache m_cache;
     QString m_fileName;
     quint32 m_version = Version_201;
+    /**
+     * Byte 32 of a version 1.01 header, the palette type the file's author
+     * set, which the engine of 2002 reads: kept as read, 0 in a new file.
+     */
+    quint8 m_paletteType = 0;
     bool m_modified = false;
     bool m_blockChanged = false;
     QUndoStack m_undoStack;

@@ -416,6 +416,7 @@ bool SffReader::readVersion1()
         critical(QSprites::tr("%1(0): The file is damaged: its header is incomplete.").arg(m_fileName));
         return false;
     }
+    set.m_paletteType = uchar(header.at(32));
     const quint32 images = u32(header, 20);
     // The subfiles follow one another from the end of the header, whatever
     // the offsets say; a count beyond what the file can hold ends where
@@ -679,7 +680,7 @@ bool SffWriter::writeVersion1(QByteArray &out)
     put32(out, quint32(set.count()));
     put32(out, Sff::HeaderSize);
     put32(out, Sff::SubfileHeaderSize);
-    put8(out, 0);
+    put8(out, set.m_paletteType);
     out.append(3, '\0');
     out.append(Sff::stamp(Sff::CommentSize1));
 
