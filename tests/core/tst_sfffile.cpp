@@ -706,6 +706,30 @@ private Q_SLOTS:
         QCOMPARE(describeSprites(again, false), describeSprites(set, false));
     }
 
+    void version1PalettesOfUndecodableSubfiles()
+    {
+        using namespace SffBuilder;
+        // A broken header: the image is lost, but not the palette of the
+        // sprites that follow it, whether it passes one on or has its own
+        // (the colours that end its subfile).
+        const auto broken = [](const QImage &image) { return encodePcx(image).replace(0, 1, "\x0B"); };
+        const QImage a = SpriteSets::indexedImage(4, 3, 1);
+        const QImage b = SpriteSets::indexedImage(4, 3, 2);
+        SpriteSets::StageOwner stage;
+        QSprites set(&stage, QStreamCache::Memory, false, -1);
+        QVERIFY(load(set, v1({Subfile{1, 0, 0, 0, 0, false, encodePcx(a)}, Subfile{1, 1, 0, 0, 0, true, broken(a)},
+                              Subfile{1, 2, 0, 0, 0, true, encodePcx(a)}, Subfile{2, 0, 0, 0, 0, false, broken(b)},
+                              Subfile{2, 1, 0, 0, 0, true, encodePcx(b)}})));
+        QList<QRgb> colours;
+        for (int i = 0; i < set.count(); ++i)
+            colours.append(set.at(i)->palette() ? set.at(i)->palette()->colors().at(7) : 0);
+        QCOMPARE(colours, (QList<QRgb>{a.color(7), a.color(7), a.color(7), b.color(7), b.color(7)}));
+        set.check();
+        QCOMPARE(set.messages().count(QMessages::AnySeverity), 2);
+        QCOMPARE(set.messages().at(0).text, QStringLiteral("Empty sprite!"));
+        QCOMPARE(set.messages().at(1).index, 3);
+    }
+
     void version1CharacterPaletteOrder()
     {
         QSprites set(nullptr, QStreamCache::Memory, false, -1);

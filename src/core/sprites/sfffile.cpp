@@ -118,6 +118,22 @@ bool fitsFiveBits(const QSpriteData *data)
     return true;
 }
 
+/**
+ * The colour table that ends an 8-bit PCX file, read without its image:
+ * the byte 12 and 256 triples. Empty when the file doesn't end so.
+ */
+QList<QRgb> trailingColours(const QByteArray &pcx)
+{
+    constexpr qsizetype tableBytes = 3 * QRGBPal::Size;
+    if (pcx.size() < 128 + 1 + tableBytes || pcx.at(pcx.size() - tableBytes - 1) != 12)
+        return {};
+    const auto *rgb = reinterpret_cast<const uchar *>(pcx.constData() + pcx.size() - tableBytes);
+    QList<QRgb> table(QRGBPal::Size);
+    for (int i = 0; i < QRGBPal::Size; ++i)
+        table[i] = qRgb(rgb[3 * i], rgb[3 * i + 1], rgb[3 * i + 2]);
+    return table;
+}
+
 /** The two sprites that the engine shows with the character's own palette. */
 bool isCharacterPaletteSprite(const QSprite *sprite)
 {
@@ -464,34 +480,37 @@ bool SffReader::readVersion1()
             const qint64 trueLength = (next != 0 && next >= position) ? qint64(next) - position : qint64(length);
             const QByteArray pcx = readAt(position, trueLength);
             position += std::min(trueLength, m_size - position);
-            QImage image = decodePcx(pcx);
+            const QImage image = decodePcx(pcx);
+            // The palette is decided whether the image can be read or not:
+            // the sprites that follow it may take it. Without an image, the
+            // colours are those that end the subfile.
+            const QList<QRgb> table = image.isNull() ? trailingColours(pcx) : image.colorTable();
+            QSpritePalette *palette = previous;
+            if (character && isCharacterPaletteSprite(sprite)) {
+                if (!characterPalette) {
+                    QRGBPal colors;
+                    for (QRGBPalEntry &entry : colors.entries)
+                        entry = {0, 0, 0, 255};
+                    if (table.isEmpty()) {
+                        Q_EMIT set.charPalette(&colors);
+                    } else {
+                        for (int c = 0; c < std::min<int>(int(table.size()), QRGBPal::Size); ++c)
+                            colors.setRgba(c, table.at(c));
+                        colors.entries[0].alpha = 0;
+                    }
+                    characterPalette = set.addPalette(colors, false, 1, 1);
+                }
+                palette = characterPalette;
+            } else if (i == 0 || !samePalette) {
+                QRGBPal colors = QRGBPal::fromColorVector(table);
+                colors.entries[0].alpha = 0;
+                palette = set.addPalette(colors, true, sprite->itemGroup(), -1);
+            }
+            setPalette(palette);
+
             // A subfile whose image can't be read leaves an empty sprite,
             // which the check reports.
             if (!image.isNull()) {
-                const QList<QRgb> table = image.colorTable();
-                QSpritePalette *palette = previous;
-                if (character && isCharacterPaletteSprite(sprite)) {
-                    if (!characterPalette) {
-                        QRGBPal colors;
-                        for (QRGBPalEntry &entry : colors.entries)
-                            entry = {0, 0, 0, 255};
-                        if (table.isEmpty()) {
-                            Q_EMIT set.charPalette(&colors);
-                        } else {
-                            for (int c = 0; c < std::min<int>(int(table.size()), QRGBPal::Size); ++c)
-                                colors.setRgba(c, table.at(c));
-                            colors.entries[0].alpha = 0;
-                        }
-                        characterPalette = set.addPalette(colors, false, 1, 1);
-                    }
-                    palette = characterPalette;
-                } else if (i == 0 || !samePalette) {
-                    QRGBPal colors = QRGBPal::fromColorVector(table);
-                    colors.entries[0].alpha = 0;
-                    palette = set.addPalette(colors, true, sprite->itemGroup(), -1);
-                }
-                setPalette(palette);
-
                 QImageInfo info;
                 info.width = quint16(image.width());
                 info.height = quint16(image.height());
