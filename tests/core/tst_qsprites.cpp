@@ -11,16 +11,6 @@ using namespace SpriteSets;
 
 namespace {
 
-QStringList messageTexts(const QSprites &set)
-{
-    QStringList texts;
-    for (int i = 0; i < set.messages().count(QMessages::AnySeverity); ++i) {
-        const QMessage &m = set.messages().at(i);
-        texts.append(QStringLiteral("%1 %2:%3 %4").arg(m.severity).arg(m.line ? QLatin1String("palette") : QLatin1String("sprite")).arg(m.index).arg(m.text));
-    }
-    return texts;
-}
-
 /** What an indexed image holds without its colours. */
 QByteArray indexes(const QImage &image)
 {
@@ -137,7 +127,11 @@ private Q_SLOTS:
         for (int i = 0; i <= differing; ++i)
             pal.entries[i] = {uchar(i), 1, 2, 255};
         QSprites set(nullptr, 0, false, -1);
-        QCOMPARE(int(set.addPalette(pal, false, 1, 1)->colorCount()), count);
+        QSpritePalette *palette = set.addPalette(pal, false, 1, 1);
+        QCOMPARE(int(palette->colorCount()), count);
+        // No colours at all would be saved as a link to the first palette.
+        palette->setColorCount(0);
+        QCOMPARE(int(palette->colorCount()), 1);
     }
 
     void identicalImagesShareOneHandle()

@@ -409,49 +409,67 @@ private Q_SLOTS:
         QTest::addColumn<bool>("loads");
         QTest::addColumn<int>("sprites");
         QTest::addColumn<QStringList>("shown");
+        QTest::addColumn<QStringList>("reported");
 
-        const QByteArray pixels(4, '\1');
         const QByteArray rle = encodeRle8(lowIndexes(2, 2));
         const Palette palette{0, 0, 256, 0, colors(1)};
         const Sprite sprite{1, 0, 2, 2, 0, 0, 0, 2, 8, rle};
         const QString error = QStringLiteral("Sprite loading error: ");
         const QString file = QStringLiteral("%1/test.sff").arg(m_dir.path());
+        const QString empty = QStringLiteral("0 sprite:0 Empty sprite!");
 
         QTest::newRow("unknown signature") << QByteArray("ElecbyteSnd\0", 12) + QByteArray(500, '\0') << false
-                                           << 0 << QStringList();
+                                           << 0 << QStringList() << QStringList();
         QTest::newRow("unknown version")
             << v2(0x03000102, {palette}, {sprite}) << false << 0
-            << QStringList{error + QStringLiteral("%1(0): SFF version '3.0.1.2' not supported yet").arg(file)};
+            << QStringList{error + QStringLiteral("%1(0): SFF version '3.0.1.2' not supported yet").arg(file)}
+            << QStringList();
         QTest::newRow("header cut short")
             << v2(QSprites::Version_201, {}, {}).left(100) << false << 0
-            << QStringList{error + file + QStringLiteral("(0): The file is damaged: its header is incomplete.")};
+            << QStringList{error + file + QStringLiteral("(0): The file is damaged: its header is incomplete.")}
+            << QStringList();
         Sprite forward = sprite;
         forward.data.clear();
         forward.link = 1;
+        forward.index = 1;
         QTest::newRow("sprite linked forward")
             << v2(QSprites::Version_201, {palette}, {forward, sprite}) << true << 2
-            << QStringList{error + file + QStringLiteral("(0): Sprite incorrectly linked to the index 1")};
+            << QStringList{error + file + QStringLiteral("(0): Sprite incorrectly linked to the index 1")}
+            << QStringList{empty};
         Sprite badPalette = sprite;
         badPalette.palette = 3;
         QTest::newRow("palette index out of range")
             << v2(QSprites::Version_201, {palette}, {badPalette}) << true << 1
-            << QStringList{error + file + QStringLiteral("(0): Sprite incorrectly linked to the palette index 3")};
+            << QStringList{error + file + QStringLiteral("(0): Sprite incorrectly linked to the palette index 3")}
+            << QStringList{QStringLiteral("0 sprite:0 Indexed sprite without palette!")};
+        // Nothing may make it a link to sprite 0 on a save.
         Sprite pastTheEnd = sprite;
+        pastTheEnd.index = 1;
         pastTheEnd.offset = 0x7FFFFFF0;
         pastTheEnd.length = 0x7FFFFFFF;
-        QTest::newRow("data past the end") << v2(QSprites::Version_201, {palette}, {pastTheEnd}) << true << 1
-                                           << QStringList();
+        QTest::newRow("data past the end")
+            << v2(QSprites::Version_201, {palette}, {sprite, pastTheEnd}) << true << 2 << QStringList()
+            << QStringList{QStringLiteral("0 sprite:1 Empty sprite!"),
+                           QStringLiteral("0 sprite:1 Sprite data beyond the end of the file!")};
+        // Nor a link to palette 0.
+        QTest::newRow("palette of no colours")
+            << v2(QSprites::Version_201, {palette, Palette{0, 1, 0, 0, colors(2)}}, {sprite}) << true << 1
+            << QStringList()
+            << QStringList{QStringLiteral("1 palette:1 Palette with a colour count of 0, read as 256 colours!")};
         QTest::newRow("1.01 count beyond the file")
             << v1({Subfile{0, 0, 0, 0, 0, false, encodePcx(SpriteSets::indexedImage(3, 3, 1))}}, 1000000) << true
             << 1
             << QStringList{error + file
                            + QStringLiteral("(0): The file is damaged: it ends before its items; 1 of 1000000 "
-                                            "could be read.")};
+                                            "could be read.")}
+            << QStringList();
         QTest::newRow("1.01 linked forward")
             << v1({Subfile{0, 0, 0, 0, 4, false, QByteArray()}}) << true << 1
-            << QStringList{error + file + QStringLiteral("(0): Sprite incorrectly linked to the index 4")};
+            << QStringList{error + file + QStringLiteral("(0): Sprite incorrectly linked to the index 4")}
+            << QStringList{empty};
         QTest::newRow("1.01 data that isn't a PCX")
-            << v1({Subfile{0, 0, 0, 0, 0, false, QByteArray(300, 'x')}}) << true << 1 << QStringList();
+            << v1({Subfile{0, 0, 0, 0, 0, false, QByteArray(300, 'x')}}) << true << 1 << QStringList()
+            << QStringList{empty};
     }
 
     void malformed()
@@ -460,8 +478,10 @@ private Q_SLOTS:
         QFETCH(bool, loads);
         QFETCH(int, sprites);
         QFETCH(QStringList, shown);
+        QFETCH(QStringList, reported);
         QRecordingUserPrompt prompt;
-        QSprites set(nullptr, QStreamCache::Memory, false, -1);
+        SpriteSets::StageOwner stage;
+        QSprites set(&stage, QStreamCache::Memory, false, -1);
         QCOMPARE(load(set, bytes), loads);
         QCOMPARE(set.count(), sprites);
         QCOMPARE(criticalTexts(prompt), shown);
@@ -470,6 +490,17 @@ private Q_SLOTS:
         QVERIFY(!set.blockChanged());
         if (!loads)
             QCOMPARE(set.paletteCount(), 0);
+        set.check();
+        QCOMPARE(SpriteSets::messageTexts(set), reported);
+        // Saved without errors, it comes back as it was read: nothing turned into a link.
+        const QString saved = path(QStringLiteral("malformed-saved.sff"));
+        QSprites again(&stage, QStreamCache::Memory, false, -1);
+        if (loads && set.messages().count(QMessages::Error) == 0) {
+            QVERIFY(set.toFile(saved, 0, true));
+            QVERIFY(again.fromFile(saved, false));
+            QCOMPARE(describeSprites(again, true), describeSprites(set, true));
+            QCOMPARE(describePalettes(again), describePalettes(set));
+        }
     }
 
     void forwardPaletteLinkIsEmpty()

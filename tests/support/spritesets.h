@@ -9,6 +9,7 @@
 
 #include <QImage>
 #include <QList>
+#include <QStringList>
 
 namespace SpriteSets {
 
@@ -23,6 +24,21 @@ public:
 
     QMessageList list;
 };
+
+/** The messages of the set's last check, one "severity sprite:index text" or "... palette:..." each. */
+inline QStringList messageTexts(const QSprites &set)
+{
+    QStringList texts;
+    for (int i = 0; i < set.messages().count(QMessages::AnySeverity); ++i) {
+        const QMessage &m = set.messages().at(i);
+        texts.append(QStringLiteral("%1 %2:%3 %4")
+                         .arg(m.severity)
+                         .arg(m.line ? QLatin1String("palette") : QLatin1String("sprite"))
+                         .arg(m.index)
+                         .arg(m.text));
+    }
+    return texts;
+}
 
 /** 256 colours that differ with `seed`, entry 0 transparent as the set keeps it. */
 inline QRGBPal colors(int seed)

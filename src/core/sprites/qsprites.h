@@ -11,6 +11,7 @@
 
 #include <QList>
 #include <QPoint>
+#include <QPointer>
 #include <QString>
 #include <QUndoStack>
 
@@ -279,6 +280,9 @@ private:
 
     /** The palette other than `except` whose colours equal `colors`, or null. */
     QSpritePalette *paletteWithColors(const QRGBPal &colors, const QSpritePalette *except) const;
+    /** Notes what a load found wrong with `item` (a sprite or a palette); the check says it until the next save. */
+    void addReadProblem(QObject *item, int severity, const QString &text);
+
     /** The first sprite holding `entry`, or null. */
     QSprite *spriteWithEntry(const QStreamCacheEntry *entry) const;
     /** Whether the sprite at `position` falls in the scope of a group operation. */
@@ -307,4 +311,13 @@ private:
     QList<bool> m_macros;
     /** Set while an undo command replays a change. */
     bool m_replaying = false;
+
+    struct ReadProblem
+    {
+        QPointer<QObject> item;
+        int severity;
+        QString text;
+    };
+    /** What the last load found wrong, item by item; a save or a new load forgets it. */
+    QList<ReadProblem> m_readProblems;
 };

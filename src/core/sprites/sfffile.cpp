@@ -338,8 +338,9 @@ bool SffReader::readVersion2()
     for (quint32 p = 0; p < palettes; ++p) {
         const int node = int(p) * Sff::PaletteNodeSize;
         QSpritePalette *palette = RawSpriteEdits::newPalette(&set);
-        RawSpriteEdits::setPaletteInfo(palette, u16(paletteTable, node), u16(paletteTable, node + 2),
-                                       std::min<int>(u16(paletteTable, node + 4), QRGBPal::Size));
+        const int group = u16(paletteTable, node);
+        const int index = u16(paletteTable, node + 2);
+        RawSpriteEdits::setPaletteInfo(palette, group, index, std::min<int>(u16(paletteTable, node + 4), QRGBPal::Size));
         const quint16 link = u16(paletteTable, node + 6);
         const quint32 length = u32(paletteTable, node + 12);
         if (length == 0) {
@@ -360,6 +361,15 @@ bool SffReader::readVersion2()
                     colors->entries[i].alpha = i == 0 ? 0 : 255;
             }
             RawSpriteEdits::attachColors(palette, colors);
+        }
+        if (palette->colorCount() == 0 && palette->rgbPal()) {
+            // Colours that count none would be saved as none, a link to the
+            // first palette: the engine goes by the length, and so do we.
+            const int count = length != 0 ? std::clamp<int>(int(std::min<quint32>(length, QRGBPal::Bytes) / 4), 1, QRGBPal::Size)
+                                          : std::max<int>(read.at(link)->colorCount(), 1);
+            RawSpriteEdits::setPaletteInfo(palette, group, index, count);
+            set.addReadProblem(palette, QMessages::Warning,
+                               QSprites::tr("Palette with a colour count of 0, read as %1 colours!").arg(count));
         }
         read.append(palette);
         if (!step(++done, total))
@@ -408,7 +418,12 @@ bool SffReader::readVersion2()
                 // size, which the image's own size already gives.
                 bytes = spriteBytes(at + 4, qint64(length) - 4);
             }
-            RawSpriteEdits::attachData(sprite, QSpriteData::create(set.cache(), bytes, filter, info));
+            if (at + qint64(length) > m_size)
+                set.addReadProblem(sprite, QMessages::Error, QSprites::tr("Sprite data beyond the end of the file!"));
+            // Without data the sprite stays empty, which no save takes for a
+            // link to another.
+            if (!bytes.isEmpty())
+                RawSpriteEdits::attachData(sprite, QSpriteData::create(set.cache(), bytes, filter, info));
         } else if (link < m_sprites.size()) {
             RawSpriteEdits::attachData(sprite, m_sprites.at(link)->data());
         } else {
@@ -831,8 +846,9 @@ bool SffWriter::writeVersion2(QByteArray &out)
                 if (!m_asCopy)
                     data->replace(bytes, filter, data->info(), data->entry()->hash());
             }
+            // Nothing to write would make a link to sprite 0.
             if (bytes.isEmpty())
-                format = FormatLinked;
+                return failed(i, QSprites::tr("Can't compress the image."));
         }
         quint32 length = 0;
         if (!bytes.isEmpty()) {
@@ -915,6 +931,7 @@ bool QSprites::toFile(const QString &fileName, quint32 version, bool asCopy)
     // modified state alike.
     if (!asCopy) {
         m_fileName = fileName;
+        m_readProblems.clear();
         setModified(false);
     }
     return true;
