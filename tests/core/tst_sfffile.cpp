@@ -128,6 +128,21 @@ QStringList describeLooks(const QSprites &set)
     return lines;
 }
 
+/**
+ * Whether a reduced image has index 0, which the engine draws transparent,
+ * on the pixels of the true colour one that are transparent and on no others.
+ */
+bool transparencyKept(const QImage &argb, const QImage &indexed)
+{
+    for (int y = 0; y < argb.height(); ++y) {
+        for (int x = 0; x < argb.width(); ++x) {
+            if ((qAlpha(argb.pixel(x, y)) < 128) != (indexed.pixelIndex(x, y) == 0))
+                return false;
+        }
+    }
+    return true;
+}
+
 /** One sprite node of a version 2 file, with its data (without the size in front). */
 struct Node
 {
@@ -318,7 +333,9 @@ private Q_SLOTS:
             // there is no palette for them.
             if (version != QSprites::Version_101 && u32(head, 48) == 0)
                 continue;
-            if (QFileInfo(file).size() <= CorpusSizeCap / 8 && taken[version]++ < 3)
+            // And a font of true colour with transparency.
+            if (file.endsWith(QLatin1String("fonts/Menu2.sff"))
+                || (QFileInfo(file).size() <= CorpusSizeCap / 8 && taken[version]++ < 3))
                 QTest::newRow(qPrintable(QDir(TestSupport::corpusDir()).relativeFilePath(file))) << file;
         }
     }
@@ -334,8 +351,12 @@ private Q_SLOTS:
         SpriteSets::StageOwner owner;
         auto set = std::make_unique<QSprites>(&owner, QStreamCache::Memory, false, -1);
         QVERIFY(set->fromFile(file, false));
-        QStringList indexedLooks;
         const QStringList firstLooks = describeLooks(*set);
+        QHash<int, QImage> trueColour;
+        for (int i = 0; i < set->count(); ++i) {
+            if (set->at(i)->data()->format() != QImageInfo::Indexed)
+                trueColour.insert(i, set->at(i)->image(Default).convertToFormat(QImage::Format_ARGB32));
+        }
         int n = 0;
         for (const quint32 version : {QSprites::Version_201, QSprites::Version_200, QSprites::Version_101}) {
             if (!set->checkSave(version))
@@ -347,6 +368,8 @@ private Q_SLOTS:
                 // True colour images were reduced to indexed ones, in memory too.
                 for (int i = 0; i < set->count(); ++i)
                     QCOMPARE(set->at(i)->data()->format(), int(QImageInfo::Indexed));
+                for (auto it = trueColour.cbegin(); it != trueColour.cend(); ++it)
+                    QVERIFY2(transparencyKept(*it, set->at(it.key())->image(NoColorTable)), qPrintable(QString::number(it.key())));
             }
             auto next = std::make_unique<QSprites>(&owner, QStreamCache::Memory, false, -1);
             QVERIFY(next->fromFile(target, false));
@@ -689,6 +712,8 @@ private Q_SLOTS:
             // 2.00 holds no true colour: the sprites were made indexed, in memory too.
             QCOMPARE(set.at(4)->data()->format(), int(QImageInfo::Indexed));
             QVERIFY(set.at(4)->palette());
+            QVERIFY(transparencyKept(argb, set.at(4)->image(NoColorTable)));
+            QVERIFY(transparencyKept(SpriteSets::rgbImage(5, 5, 1), set.at(3)->image(NoColorTable)));
         }
     }
 

@@ -631,10 +631,7 @@ bool SffWriter::failed(int position, const QString &reason)
 
 void SffWriter::makeIndexed(QSprite *sprite)
 {
-    const QImage argb = sprite->image(Default).convertToFormat(QImage::Format_ARGB32);
-    QRGBPal colors;
-    QRGBPalette(&colors).quantize(argb, QRGBPal::Size, 8);
-    const QImage indexed = QRGBPalette::adaptImage(argb, colors);
+    const QImage indexed = QRGBPalette::reduceToIndexed(sprite->image(Default));
     // Sprites sharing the image change with it; those without a palette
     // take the new one, or they would be indexed without colours.
     QList<QSprite *> sharers;
