@@ -1,5 +1,6 @@
 #include "core/sprites/imagecodecs.h"
 
+#include "corpussprites.h"
 #include "sffbuilder.h"
 #include "testsupport.h"
 
@@ -9,6 +10,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -139,6 +141,88 @@ private Q_SLOTS:
         QVERIFY(argb.hasAlphaChannel());
         QCOMPARE(argb.pixel(2, 1), qRgba(10, 20, 30, 128));
         QCOMPARE(readFile(dir.filePath(QStringLiteral("palettes/1-2.act"))).size(), 768);
+    }
+
+    void theKindOfALoneFile_data()
+    {
+        QTest::addColumn<QByteArray>("def");
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("from");
+        QTest::newRow("no DEF") << QByteArray() << QString() << QStringLiteral("character") << QString();
+        QTest::newRow("a DEF that names another file") << QByteArray("[Files]\r\nsprite = other.sff\r\n") << QString()
+                                                       << QStringLiteral("character") << QString();
+        QTest::newRow("character") << QByteArray("[Files]\r\nsprite = SET.sff ; its sprites\r\n") << QString()
+                                   << QStringLiteral("character") << QStringLiteral("x.def");
+        QTest::newRow("stage") << QByteArray("\xEF\xBB\xBF[BGdef]\r\nspr = stages\\set.sff\r\n") << QString()
+                               << QStringLiteral("stage") << QStringLiteral("x.def");
+        QTest::newRow("storyboard") << QByteArray("[SceneDef]\nspr = set.sff\n") << QString()
+                                    << QStringLiteral("storyboard") << QStringLiteral("x.def");
+        QTest::newRow("font") << QByteArray("[Def]\r\nFile = \"set.sff\"\r\n") << QString() << QStringLiteral("font")
+                              << QStringLiteral("x.def");
+        QTest::newRow("screenpack") << QByteArray("[Files]\r\nspr = set.sff\r\n") << QString()
+                                    << QStringLiteral("other") << QStringLiteral("x.def");
+        QTest::newRow("the option wins") << QByteArray("[BGDef]\r\nspr = set.sff\r\n") << QStringLiteral("character")
+                                         << QStringLiteral("character") << QStringLiteral("--kind");
+        QTest::newRow("a kind that isn't one") << QByteArray() << QStringLiteral("stages") << QString() << QString();
+    }
+
+    void theKindOfALoneFile()
+    {
+        QFETCH(QByteArray, def);
+        QFETCH(QString, option);
+        QFETCH(QString, kind);
+        QFETCH(QString, from);
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("set.sff"));
+        QVERIFY(QFile::copy(spriteFile(), file));
+        if (!def.isEmpty())
+            QVERIFY(writeFile(dir.filePath(QStringLiteral("x.def")), def));
+        QStringList arguments{QStringLiteral("info"), file, QStringLiteral("--json")};
+        if (!option.isEmpty())
+            arguments << QStringLiteral("--kind") << option;
+        const Output result = cli(arguments);
+        if (kind.isEmpty()) {
+            QCOMPARE(result.code, 2);
+            QVERIFY(result.err.contains("--kind wants character, stage, storyboard, font or other, not \"stages\""));
+            return;
+        }
+        QCOMPARE(result.code, 0);
+        const QJsonObject object = QJsonDocument::fromJson(result.out).object();
+        QCOMPARE(object.value(QStringLiteral("projectKind")).toString(), kind);
+        QCOMPARE(object.value(QStringLiteral("projectKindFrom")).toString(), from);
+        // Only a character must have the sprites the engine draws on its screens.
+        QCOMPARE(object.value(QStringLiteral("messages")).toArray().size(), kind == QLatin1String("character") ? 63 : 0);
+    }
+
+    void corpusFilesTakeTheirKinds()
+    {
+        const QString corpus = TestSupport::corpusDir();
+        if (corpus.isEmpty())
+            QSKIP("the corpus isn't there");
+        // Stages and fonts need none of a character's sprites.
+        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.sff")}).filter(
+            QRegularExpression(QStringLiteral("/(stages|Takezo_Stage|font|fonts)/")));
+        QVERIFY(files.size() > 30);
+        Output result = cli(QStringList{QStringLiteral("check")} + files);
+        QVERIFY2(!result.out.contains("Required sprite"), result.out.constData());
+
+        // A screenpack's 9000,0 keeps its own colours, not those of sprite 0.
+        const QString fightfx = corpus + QStringLiteral("/jdar2/data/fightfx.sff");
+        const QString folder = path(QStringLiteral("fightfx"));
+        result = cli({QStringLiteral("sff"), QStringLiteral("extract"), fightfx, folder});
+        QCOMPARE(result.code, 0);
+        const QStringList portraits = QDir(folder).entryList({QStringLiteral("*_9000-0.png")});
+        QCOMPARE(portraits.size(), 1);
+        const QImage portrait(QDir(folder).filePath(portraits.first()));
+        QList<QRgb> own;
+        CorpusSprites::readFile(fightfx, [&](const CorpusSprites::Sprite &sprite) {
+            if (sprite.number == portraits.first().left(4).toInt())
+                own = decodePcx(sprite.data).colorTable();
+        });
+        QCOMPARE(own.size(), 256);
+        for (int i = 1; i < 256; ++i)
+            QCOMPARE(portrait.color(i), own.at(i));
     }
 
     void projectCountsComeFromItsSprites()
