@@ -216,7 +216,7 @@ private Q_SLOTS:
         QCOMPARE(portraits.size(), 1);
         const QImage portrait(QDir(folder).filePath(portraits.first()));
         QList<QRgb> own;
-        CorpusSprites::readFile(fightfx, [&](const CorpusSprites::Sprite &sprite) {
+        CorpusSprites::readBytes(readFile(fightfx), fightfx, [&](const CorpusSprites::Sprite &sprite) {
             if (sprite.number == portraits.first().left(4).toInt())
                 own = decodePcx(sprite.data).colorTable();
         });
