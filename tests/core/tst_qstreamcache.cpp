@@ -1,6 +1,7 @@
 #include "core/sprites/imagecodecs.h"
 #include "core/sprites/qstreamcache.h"
 #include "core/sprites/qstreamcachefilter.h"
+#include "spritesets.h"
 
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -17,26 +18,6 @@ quint64 bitwiseCrc(const QByteArray &bytes, quint64 crc)
             crc = (crc & 1) ? (crc >> 1) ^ 0x95AC9329AC4BC9B5ull : crc >> 1;
     }
     return crc;
-}
-
-QImage testImage(int width, int height, int seed)
-{
-    QImage image(width, height, QImage::Format_Indexed8);
-    image.setColorTable(QList<QRgb>(256, qRgb(1, 2, 3)));
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x)
-            image.scanLine(y)[x] = uchar((x / 4 + y * seed) % 31);
-    }
-    return image;
-}
-
-QImageInfo infoOf(const QImage &image)
-{
-    QImageInfo info;
-    info.width = quint16(image.width());
-    info.height = quint16(image.height());
-    info.format = image.format();
-    return info;
 }
 
 QByteArray blob(int size, int seed)
@@ -82,12 +63,12 @@ private Q_SLOTS:
         QFETCH(bool, compress);
         QStreamCache store(QStringLiteral("mugenspr"), mode, compress, 9);
         QCOMPARE(store.mode(), mode);
-        const QImage image = testImage(37, 20, 3);
+        const QImage image = SpriteSets::lowIndexes(37, 20, 3);
         const QByteArray pixels = imagePixels(image);
         const QByteArray rle8 = encodeRle8(image);
 
-        QStreamCacheEntry *raw = store.add(pixels, QStreamCacheFilter::Raw, infoOf(image));
-        QStreamCacheEntry *encoded = store.add(rle8, QStreamCacheFilter::RLE8, infoOf(image));
+        QStreamCacheEntry *raw = store.add(pixels, QStreamCacheFilter::Raw, SpriteSets::infoOf(image));
+        QStreamCacheEntry *encoded = store.add(rle8, QStreamCacheFilter::RLE8, SpriteSets::infoOf(image));
         QCOMPARE(store.count(), 2);
         QCOMPARE(store.decoded(raw), pixels);
         QCOMPARE(store.decoded(encoded), pixels);
@@ -112,9 +93,9 @@ private Q_SLOTS:
         QVERIFY(store.raw(nullptr).isEmpty());
         QVERIFY(store.decoded(nullptr).isEmpty());
         QCOMPARE(store.filterOf(nullptr), 0);
-        QVERIFY(store.decoded(store.add(QByteArray("abc"), 9, infoOf(image))).isEmpty());
-        QVERIFY(store.decoded(store.add(QByteArray(), QStreamCacheFilter::RLE8, infoOf(image))).isEmpty());
-        QVERIFY(!store.replace(nullptr, QByteArray("x"), 0, infoOf(image)));
+        QVERIFY(store.decoded(store.add(QByteArray("abc"), 9, SpriteSets::infoOf(image))).isEmpty());
+        QVERIFY(store.decoded(store.add(QByteArray(), QStreamCacheFilter::RLE8, SpriteSets::infoOf(image))).isEmpty());
+        QVERIFY(!store.replace(nullptr, QByteArray("x"), 0, SpriteSets::infoOf(image)));
     }
 
     void releasesCompactTheFile_data()
@@ -196,12 +177,12 @@ private Q_SLOTS:
     {
         QFETCH(int, mode);
         QStreamCache store(QStringLiteral("mugenspr"), mode, true);
-        const QImage image = testImage(30, 9, 2);
-        const QImageInfo info = infoOf(image);
+        const QImage image = SpriteSets::lowIndexes(30, 9, 2);
+        const QImageInfo info = SpriteSets::infoOf(image);
         QStreamCacheEntry *raw = store.add(imagePixels(image), 0, info);
         QStreamCacheEntry *rle8 = store.add(encodeRle8(image), QStreamCacheFilter::RLE8, info);
         QStreamCacheEntry *lz5 = store.add(encodeLz5(image, true), QStreamCacheFilter::LZ5, info);
-        QStreamCacheEntry *other = store.add(encodeRle8(testImage(30, 9, 5)), QStreamCacheFilter::RLE8, info);
+        QStreamCacheEntry *other = store.add(encodeRle8(SpriteSets::lowIndexes(30, 9, 5)), QStreamCacheFilter::RLE8, info);
 
         // One image in three encodings.
         QVERIFY(store.same(raw, rle8));
@@ -230,20 +211,20 @@ private Q_SLOTS:
     void findEqual()
     {
         QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Disk);
-        const QImage image = testImage(21, 6, 4);
+        const QImage image = SpriteSets::lowIndexes(21, 6, 4);
         const QByteArray pixels = imagePixels(image);
-        QStreamCacheEntry *first = store.add(encodeRle8(testImage(21, 6, 7)), QStreamCacheFilter::RLE8, infoOf(image));
-        QStreamCacheEntry *lz5 = store.add(encodeLz5(image, true), QStreamCacheFilter::LZ5, infoOf(image));
-        QStreamCacheEntry *raw = store.add(pixels, 0, infoOf(image));
+        QStreamCacheEntry *first = store.add(encodeRle8(SpriteSets::lowIndexes(21, 6, 7)), QStreamCacheFilter::RLE8, SpriteSets::infoOf(image));
+        QStreamCacheEntry *lz5 = store.add(encodeLz5(image, true), QStreamCacheFilter::LZ5, SpriteSets::infoOf(image));
+        QStreamCacheEntry *raw = store.add(pixels, 0, SpriteSets::infoOf(image));
 
         QCOMPARE(store.findEqual(pixels, nullptr), lz5);
         QCOMPARE(store.findEqual(pixels, lz5), raw);
         QCOMPARE(store.findEqual(pixels, raw), lz5);
         QVERIFY(first->hash() != 0);
-        QVERIFY(!store.findEqual(imagePixels(testImage(21, 6, 8)), nullptr));
+        QVERIFY(!store.findEqual(imagePixels(SpriteSets::lowIndexes(21, 6, 8)), nullptr));
         QVERIFY(!store.findEqual(QByteArray(), nullptr));
         // With a size given, only entries of that size count.
-        QImageInfo other = infoOf(image);
+        QImageInfo other = SpriteSets::infoOf(image);
         other.height = 3;
         QVERIFY(!store.findEqual(pixels, nullptr, other));
     }

@@ -50,8 +50,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<Operation>("prepare");
         QTest::addColumn<Operation>("operation");
-        const auto row = [](const char *name, Operation op) { QTest::newRow(name) << Operation() << op; };
-        const auto prepared = [](const char *name, Operation prepare, Operation op) {
+        // A row's operation, and what sets it up before the stack is cleared.
+        const auto row = [](const char *name, Operation op, Operation prepare = {}) {
             QTest::newRow(name) << prepare << op;
         };
         row("add", [](QSprites &s) { s.add(); });
@@ -61,9 +61,8 @@ private Q_SLOTS:
         row("remove a unique image", [](QSprites &s) { s.remove(1); });
         row("remove an empty sprite", [](QSprites &s) { s.remove(4); });
         // Two handles of equal pixels: the one removed comes back as its own.
-        prepared(
-            "remove an image equal to another", [](QSprites &s) { s.at(1)->setImage(indexedImage(8, 6, 1), NoShare); },
-            [](QSprites &s) { s.remove(1); });
+        row("remove an image equal to another", [](QSprites &s) { s.remove(1); },
+            [](QSprites &s) { s.at(1)->setImage(indexedImage(8, 6, 1), NoShare); });
         row("move", [](QSprites &s) { s.move(0, 4); });
         row("group", [](QSprites &s) { s.at(1)->setItemGroup(77); });
         row("axis", [](QSprites &s) { s.at(1)->setOffsetY(-9); });
@@ -84,15 +83,13 @@ private Q_SLOTS:
         });
         row("image adapted", [](QSprites &s) { s.at(2)->setImage(rgbImage(6, 2, 1), Share, false, AdaptImage, {1, 2}); });
         row("duplicate", [](QSprites &s) { s.at(0)->duplicate(); });
-        prepared(
-            "crop a shared image", [](QSprites &s) { s.at(0)->setImage(framed(10, 8, QRect(2, 1, 5, 4), 1), Share); },
-            [](QSprites &s) { s.at(3)->crop(); });
+        row("crop a shared image", [](QSprites &s) { s.at(3)->crop(); },
+            [](QSprites &s) { s.at(0)->setImage(framed(10, 8, QRect(2, 1, 5, 4), 1), Share); });
         row("crop everything", [](QSprites &s) { s.cropAll(true, 0, true, 0, 0); });
         row("split", [](QSprites &s) { s.at(2)->splitRGB(); });
         row("organize, 2.01", [](QSprites &s) { s.autoOrganize(); });
-        prepared(
-            "organize, 1.01", [](QSprites &s) { s.setVersion(QSprites::Version_101); },
-            [](QSprites &s) { s.autoOrganize(); });
+        row("organize, 1.01", [](QSprites &s) { s.autoOrganize(); },
+            [](QSprites &s) { s.setVersion(QSprites::Version_101); });
         row("remove a group", [](QSprites &s) { s.removeGroup(5, true, 0, 0); });
         row("remove part of a group", [](QSprites &s) { s.removeGroup(5, false, 1, 2); });
         row("rename a group", [](QSprites &s) { s.renameGroup(5, 6, false, 0, 1); });
@@ -108,17 +105,14 @@ private Q_SLOTS:
         row("colours join others", [](QSprites &s) { s.paletteAt(0)->setColors(colors(2), Share); });
         row("colours of an unshared palette", [](QSprites &s) { s.paletteAt(0)->setColors(colors(6), Share); });
         row("remove duplicate palettes", [](QSprites &s) { s.removeDuplicatePalettes(); });
-        prepared(
-            "remove unused palettes",
+        row("remove unused palettes", [](QSprites &s) { s.removeUnusedPalettes(); },
             [](QSprites &s) {
                 s.addPalette(colors(11), false, 2, 0);
                 s.addPalette(colors(12), false, 1, 3);
-            },
-            [](QSprites &s) { s.removeUnusedPalettes(); });
+            });
         row("clear palettes", [](QSprites &s) { s.clearPalettes(); });
-        prepared(
-            "organize palettes", [](QSprites &s) { s.palettes()->move(2, 0); },
-            [](QSprites &s) { s.palettes()->autoOrganize(); });
+        row("organize palettes", [](QSprites &s) { s.palettes()->autoOrganize(); },
+            [](QSprites &s) { s.palettes()->move(2, 0); });
         row("paste", [](QSprites &s) {
             QVERIFY(s.copy(1));
             s.paste();

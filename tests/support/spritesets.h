@@ -62,6 +62,32 @@ inline QImage indexedImage(int width, int height, int seed)
     return image;
 }
 
+/** 32 colours: entries 32 to 255 repeat entry 255. */
+inline QRGBPal thirtyTwoColours()
+{
+    QRGBPal pal = colors(4);
+    for (int i = 32; i < QRGBPal::Size; ++i)
+        pal.entries[i] = pal.entries[255];
+    return pal;
+}
+
+/** An indexed image of indexes below 32 only, which five bits hold, without colours. */
+inline QImage lowIndexes(int width, int height, int seed = 0)
+{
+    QImage image(width, height, QImage::Format_Indexed8);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x)
+            image.scanLine(y)[x] = uchar((x / 3 + y * (seed + 1)) % 32);
+    }
+    return image;
+}
+
+/** Width, height and format of `image`. */
+inline QImageInfo infoOf(const QImage &image)
+{
+    return QImageInfo{quint16(image.width()), quint16(image.height()), image.format()};
+}
+
 /** A 32-bit RGB image whose pixels differ with `seed`. */
 inline QImage rgbImage(int width, int height, int seed)
 {
