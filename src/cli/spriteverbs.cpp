@@ -81,15 +81,16 @@ bool kindOfDefinitions(const QString &path, int *type, QString *def)
             if (comment >= 0)
                 line.truncate(comment);
             line = line.trimmed();
-            const qsizetype equals = line.indexOf('=');
             if (line.startsWith('[')) {
                 section = line.mid(1, line.indexOf(']') - 1).trimmed().toLower();
                 continue;
             }
+            const qsizetype equals = line.indexOf('=');
             if (equals < 0)
                 continue;
             const QByteArray key = line.left(equals).trimmed().toLower();
-            const QString value = QString::fromLatin1(line.mid(equals + 1).trimmed().replace('"', "").replace('\\', '/'));
+            const QString value =
+                QString::fromLatin1(line.mid(equals + 1).trimmed().replace('"', "").replace('\\', '/'));
             if (QFileInfo(value).fileName().compare(sprites.fileName(), Qt::CaseInsensitive) != 0)
                 continue;
             *type = section == "files" && key == "sprite" ? Character

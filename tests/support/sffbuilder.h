@@ -19,14 +19,23 @@ inline void put(QByteArray &out, T value)
     out.append(bytes, sizeof(T));
 }
 
+/** The little-endian number of `size` bytes at `at`; 0 beyond the end. */
+inline quint32 number(const QByteArray &bytes, qsizetype at, int size)
+{
+    quint32 value = 0;
+    for (int i = size - 1; i >= 0 && at >= 0 && at + size <= bytes.size(); --i)
+        value = value << 8 | uchar(bytes.at(at + i));
+    return value;
+}
+
 inline quint32 u32(const QByteArray &bytes, qsizetype at)
 {
-    return at >= 0 && at + 4 <= bytes.size() ? qFromLittleEndian<quint32>(bytes.constData() + at) : 0;
+    return number(bytes, at, 4);
 }
 
 inline quint16 u16(const QByteArray &bytes, qsizetype at)
 {
-    return at >= 0 && at + 2 <= bytes.size() ? qFromLittleEndian<quint16>(bytes.constData() + at) : 0;
+    return quint16(number(bytes, at, 2));
 }
 
 struct Palette

@@ -5,8 +5,8 @@
 #include "spritecommands.h"
 
 #include <QClipboard>
-#include <QMultiHash>
 #include <QGuiApplication>
+#include <QMultiHash>
 #include <QSet>
 
 namespace {

@@ -280,9 +280,8 @@ private:
 
     /** The palette other than `except` whose colours equal `colors`, or null. */
     QSpritePalette *paletteWithColors(const QRGBPal &colors, const QSpritePalette *except) const;
-    /** Notes what a load found wrong with `item` (a sprite or a palette); the check says it until the next save. */
+    /** Notes what a load found wrong with `item`, a sprite or a palette: the check says it until the next save. */
     void addReadProblem(QObject *item, int severity, const QString &text);
-
     /** The first sprite holding `entry`, or null. */
     QSprite *spriteWithEntry(const QStreamCacheEntry *entry) const;
     /** Whether the sprite at `position` falls in the scope of a group operation. */

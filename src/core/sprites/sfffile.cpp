@@ -340,7 +340,8 @@ bool SffReader::readVersion2()
         QSpritePalette *palette = RawSpriteEdits::newPalette(&set);
         const int group = u16(paletteTable, node);
         const int index = u16(paletteTable, node + 2);
-        RawSpriteEdits::setPaletteInfo(palette, group, index, std::min<int>(u16(paletteTable, node + 4), QRGBPal::Size));
+        RawSpriteEdits::setPaletteInfo(palette, group, index,
+                                       std::min<int>(u16(paletteTable, node + 4), QRGBPal::Size));
         const quint16 link = u16(paletteTable, node + 6);
         const quint32 length = u32(paletteTable, node + 12);
         if (length == 0) {
@@ -365,7 +366,7 @@ bool SffReader::readVersion2()
         if (palette->colorCount() == 0 && palette->rgbPal()) {
             // Colours that count none would be saved as none, a link to the
             // first palette: the engine goes by the length, and so do we.
-            const int count = length != 0 ? std::clamp<int>(int(std::min<quint32>(length, QRGBPal::Bytes) / 4), 1, QRGBPal::Size)
+            const int count = length != 0 ? std::clamp(int(std::min<quint32>(length, QRGBPal::Bytes) / 4), 1, 256)
                                           : std::max<int>(read.at(link)->colorCount(), 1);
             RawSpriteEdits::setPaletteInfo(palette, group, index, count);
             set.addReadProblem(palette, QMessages::Warning,
@@ -419,7 +420,8 @@ bool SffReader::readVersion2()
                 bytes = spriteBytes(at + 4, qint64(length) - 4);
             }
             if (at + qint64(length) > m_size)
-                set.addReadProblem(sprite, QMessages::Error, QSprites::tr("Sprite data beyond the end of the file!"));
+                set.addReadProblem(sprite, QMessages::Error,
+                                   QSprites::tr("Sprite data beyond the end of the file!"));
             // Without data the sprite stays empty, which no save takes for a
             // link to another.
             if (!bytes.isEmpty())
@@ -836,14 +838,13 @@ bool SffWriter::writeVersion2(QByteArray &out)
                 bytes = format == FormatRle8 ? encodeRle8(image)
                     : format == FormatLz5    ? encodeLz5(image, true)
                                              : encodePng(image);
-                if (bytes.isEmpty())
-                    return failed(i, QSprites::tr("Can't compress the image."));
                 // The next save copies them. The pixels are the same, and so
                 // is their hash.
-                if (!m_asCopy)
+                if (!bytes.isEmpty() && !m_asCopy)
                     data->replace(bytes, filter, data->info(), data->entry()->hash());
             }
-            // Nothing to write would make a link to sprite 0.
+            // Nothing to write, whether stored so or encoded so, would make
+            // a link to sprite 0.
             if (bytes.isEmpty())
                 return failed(i, QSprites::tr("Can't compress the image."));
         }
