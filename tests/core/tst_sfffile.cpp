@@ -442,10 +442,14 @@ private Q_SLOTS:
                            QStringLiteral("...")}
             << QStringList{QStringLiteral("...")};
         // Hundreds of nodes over one stretch of bytes, each a little
-        // shorter: the load may not read the stretch once for each.
-        QList<Sprite> overlapping{Sprite{0, 0, 64, 64, 0, 0, 0, 2, 8, QByteArray(4096, '\0')}};
+        // shorter, and so each another image: the load may not read the
+        // stretch once for each.
+        QByteArray stretch(4096, Qt::Uninitialized);
+        for (int i = 0; i < stretch.size(); ++i)
+            stretch[i] = char(1 + i % 63);
+        QList<Sprite> overlapping{Sprite{0, 0, 64, 64, 0, 0, 0, 2, 8, stretch, 0, DecompressOnLoad}};
         for (int i = 1; i < 300; ++i) {
-            Sprite s{0, i, 64, 64, 0, 0, 0, 2, 8, QByteArray()};
+            Sprite s{0, i, 64, 64, 0, 0, 0, 2, 8, QByteArray(), 0, DecompressOnLoad};
             s.offset = 0;
             s.length = 4096 + 4 - i;
             overlapping.append(s);
