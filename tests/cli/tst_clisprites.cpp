@@ -187,7 +187,8 @@ private Q_SLOTS:
                                     {QStringLiteral("projectKindFrom"), kind.section(QLatin1Char(' '), 1)}});
         QVERIFY(!object.isEmpty());
         // Only a character must have the sprites the engine draws on its screens.
-        QCOMPARE(object.value(QStringLiteral("messages")).toArray().size(), kind.startsWith(QLatin1String("character")) ? 63 : 0);
+        QCOMPARE(object.value(QStringLiteral("messages")).toArray().size(),
+                 kind.startsWith(QLatin1String("character")) ? 63 : 0);
     }
 
     void corpusFilesTakeTheirKinds()

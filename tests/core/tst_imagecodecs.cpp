@@ -135,11 +135,13 @@ void addSyntheticRows(const char *name, int valueMask)
         {"1x1", indexed(1, 1, [](int, int) { return 17u; })},
         {"odd width 3x5 random", indexed(3, 5, random(1))},
         {"random 61x47", indexed(61, 47, random(2))},
-        {"runs 200x64", indexed(200, 64, [valueMask](int x, int y) { return uint((x / 5 + y / 3 + (x * y) / 97) & valueMask); })},
+        {"runs 200x64",
+         indexed(200, 64, [valueMask](int x, int y) { return uint((x / 5 + y / 3 + (x * y) / 97) & valueMask); })},
         {"gradient 255x3", indexed(255, 3, [valueMask](int x, int) { return uint(x) & uint(valueMask); })},
         {"one colour 301x7", indexed(301, 7, [valueMask](int, int) { return 0x1Fu & uint(valueMask); })},
         {"patterns 97x31", indexed(97, 31, patterns)},
-        {"far repeats 1500x3", indexed(1500, 3, [valueMask](int x, int y) { return uint((x % 700) * 13 + y) % 29 & uint(valueMask); })}};
+        {"far repeats 1500x3",
+         indexed(1500, 3, [valueMask](int x, int y) { return uint((x % 700) * 13 + y) % 29 & uint(valueMask); })}};
     for (const auto &[shape, image] : images)
         QTest::addRow("%s: %s", name, shape) << QString::fromLatin1(name) << image;
 }
@@ -344,13 +346,15 @@ private Q_SLOTS:
         addSyntheticRows("lz5", 0x1F);
         addSyntheticRows("lz5 runs", 0x1F);
         const QString pcx = QStringLiteral("pcx");
-        QTest::newRow("pcx: indexed, one plane") << pcx << indexed(33, 9, [](int x, int y) { return uint(x * y + x / 3) & 255; });
+        QTest::newRow("pcx: indexed, one plane")
+            << pcx << indexed(33, 9, [](int x, int y) { return uint(x * y + x / 3) & 255; });
         QTest::newRow("pcx: indexed 1x1 of 200") << pcx << indexed(1, 1, [](int, int) { return 200u; });
         QTest::newRow("pcx: indexed long runs") << pcx << indexed(150, 2, [](int x, int) { return x < 140 ? 250u : 3u; });
         QTest::newRow("pcx: RGB, three planes")
             << pcx << makeImage(5, 4, QImage::Format_RGB32, [](int x, int y) { return qRgb(x * 40, y * 30, (x * y) & 255); });
         QTest::newRow("pcx: ARGB, four planes")
-            << pcx << makeImage(6, 3, QImage::Format_ARGB32, [](int x, int y) { return qRgba(x * 40, y * 30, 200, (x + y) * 20); });
+            << pcx
+            << makeImage(6, 3, QImage::Format_ARGB32, [](int x, int y) { return qRgba(x * 40, y * 30, 200, (x + y) * 20); });
         // What isn't a sprite format is written as the nearest one.
         QImage rgb888(2, 2, QImage::Format_RGB888);
         rgb888.fill(qRgb(10, 20, 30));
@@ -360,7 +364,8 @@ private Q_SLOTS:
         QTest::newRow("png: RGB") << QStringLiteral("png")
                                   << makeImage(9, 4, QImage::Format_RGB32, [](int x, int y) { return qRgb(x, y, 99); });
         QTest::newRow("png: ARGB") << QStringLiteral("png")
-                                   << makeImage(3, 8, QImage::Format_ARGB32, [](int x, int y) { return qRgba(x * 50, 0, y, y * 30); });
+                                   << makeImage(3, 8, QImage::Format_ARGB32,
+                                                [](int x, int y) { return qRgba(x * 50, 0, y, y * 30); });
     }
 
     void roundTrips()
@@ -524,7 +529,8 @@ private Q_SLOTS:
         Inputs headers;
         // Manufacturer, version, 16 bits per pixel, two planes, 24 bits in
         // one plane, xmax below xmin, bytes per line below the width.
-        for (const auto &[offset, value] : QList<std::pair<int, char>>{{0, 11}, {1, 3}, {3, 16}, {65, 2}, {3, 24}, {4, 9}, {66, 2}}) {
+        const QList<std::pair<int, char>> lies{{0, 11}, {1, 3}, {3, 16}, {65, 2}, {3, 24}, {4, 9}, {66, 2}};
+        for (const auto &[offset, value] : lies) {
             headers.append({pcx, QImageInfo()});
             headers.last().first[offset] = value;
         }

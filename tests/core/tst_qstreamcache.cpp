@@ -213,7 +213,8 @@ private Q_SLOTS:
         QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Disk);
         const QImage image = SpriteSets::lowIndexes(21, 6, 4);
         const QByteArray pixels = imagePixels(image);
-        QStreamCacheEntry *first = store.add(encodeRle8(SpriteSets::lowIndexes(21, 6, 7)), QStreamCacheFilter::RLE8, SpriteSets::infoOf(image));
+        QStreamCacheEntry *first =
+            store.add(encodeRle8(SpriteSets::lowIndexes(21, 6, 7)), QStreamCacheFilter::RLE8, SpriteSets::infoOf(image));
         QStreamCacheEntry *lz5 = store.add(encodeLz5(image, true), QStreamCacheFilter::LZ5, SpriteSets::infoOf(image));
         QStreamCacheEntry *raw = store.add(pixels, 0, SpriteSets::infoOf(image));
 

@@ -379,7 +379,8 @@ private Q_SLOTS:
         QCOMPARE(canvas.colorTable(), sprite->image(Default).colorTable());
         // The axis (3, 4) lands on (5, 6): the image starts at (2, 2).
         const QImage image = sprite->image();
-        QCOMPARE(QList<int>({canvas.pixelIndex(1, 1), canvas.pixelIndex(2, 2), canvas.pixelIndex(6, 8), canvas.pixelIndex(7, 9)}),
+        QCOMPARE(QList<int>(
+                     {canvas.pixelIndex(1, 1), canvas.pixelIndex(2, 2), canvas.pixelIndex(6, 8), canvas.pixelIndex(7, 9)}),
                  QList<int>({0, image.pixelIndex(0, 0), image.pixelIndex(4, 6), 0}));
 
         QTemporaryDir dir;
