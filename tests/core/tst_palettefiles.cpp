@@ -146,8 +146,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<QString>("suffix");
-        // The entries that count, "index=red,green,blue,alpha"; empty for an
-        // array left all 0, which is how a file its reader refuses loads.
+        // The entries that count, "index=red,green,blue,alpha".
         QTest::addColumn<QString>("expected");
         const QString act = QStringLiteral("act");
         const QString pal = QStringLiteral("pal");
@@ -157,20 +156,10 @@ private Q_SLOTS:
         QTest::newRow("act: 768 bytes") << actBytes() << act << actEntries;
         QTest::newRow("act: 772 bytes with count and transparency")
             << actBytes() + QByteArray("\x01\x00\x00\x00", 4) << act << actEntries;
-        QTest::newRow("act: 767 bytes") << actBytes().left(767) << act << QString();
-        QTest::newRow("act: empty") << QByteArray() << act << QString();
 
         // The last entry of the file stays out; after the reversal, entry 0 is black.
         QTest::newRow("riff: chunk of 1028 reads 255 colours")
             << riff(1028) << pal << QStringLiteral("0=0,0,0,0 1=254,127,1,255 255=0,0,255,255");
-        QTest::newRow("riff: chunk of 1036 is refused") << riff(1036) << pal << QString();
-        QTest::newRow("riff: chunk below its header") << riff(4) << pal << QString();
-        QTest::newRow("riff: chunk of 4 GB") << riff(0xFFFFFFFF) << pal << QString();
-        QTest::newRow("riff: data cut short") << riff(1028).left(600) << pal << QString();
-        QTest::newRow("riff: not a palette") << riff(1028).replace(8, 4, "WAVE") << pal << QString();
-        // A RIFF palette named .aco is read as ACO, which refuses it.
-        QTest::newRow("riff: the suffix aco wins over the first bytes") << riff(1028) << QStringLiteral("ACO")
-                                                                          << QString();
 
         const QByteArray head = "JASC-PAL\r\n0100\r\n256\r\n";
         QTest::newRow("jasc: colours") << head + "1 2 3\r\n4 5 6 7\r\n\r\n8 9 10\r\n" << pal
@@ -179,16 +168,12 @@ private Q_SLOTS:
                                                           << QStringLiteral("0=0,0,0,0 1=4,5,6,255 2=7,8,9,255");
         QTest::newRow("jasc: clamped") << head + "300 999 0 256\r\n1000 1 1\r\n" << pal
                                        << QStringLiteral("0=255,255,0,0 1=0,0,0,0 2=0,0,0,0");
-        QTest::newRow("jasc: unix line ends") << QByteArray("JASC-PAL\n0100\n256\n1 2 3\n") << pal << QString();
-        QTest::newRow("jasc: another version") << QByteArray("JASC-PAL\r\n0200\r\n256\r\n1 2 3\r\n") << pal << QString();
-        QTest::newRow("jasc: header only") << QByteArray("JASC-PAL\r\n") << pal << QString();
 
-        // The header takes no place; without "ROWS" the same text is an ACT file, too short to read.
         const QByteArray painter = "ROWS 12\r\nCOLS 16\r\nWIDTH 16\r\nHEIGHT 16\r\nTEXTHEIGHT 0\r\nSPACING 1\r\n"
                                    "R: 10, G: 20, B: 30\r\nR:40,G:50,B:60 A: 70\r\nnot a colour\r\nR: 300, G: 1, B: 2\r\n";
+        // The header takes no place.
         QTest::newRow("painter: swatches") << painter << QStringLiteral("txt")
                                            << QStringLiteral("0=10,20,30,0 1=40,50,60,70 2=255,1,2,255 3=0,0,0,0");
-        QTest::newRow("painter: no header") << painter.mid(9) << QStringLiteral("txt") << QString();
 
         QTest::newRow("aco: every space")
             << aco(1, {{0, 0, 0, 0, 0},
@@ -199,9 +184,6 @@ private Q_SLOTS:
                        {8, 5000, 0, 0, 0}})
             << acoSuffix << QStringLiteral("1=10,20,30,255 2=0,255,0,255 3=255,0,255,255 4=128,128,128,255");
         const QByteArray two = aco(1, {{0, 0, 0, 0, 0}, {0, 257, 514, 771, 0}});
-        QTest::newRow("aco: cut short") << two.left(16) << acoSuffix << QString();
-        QTest::newRow("aco: version 2 alone") << aco(2, {{0, 0, 0, 0, 0}, {0, 257, 514, 771, 0}}) << acoSuffix
-                                              << QString();
         QTest::newRow("aco: more colours than the file holds")
             << QByteArray(two).replace(2, 2, be16(60000)) << acoSuffix << QStringLiteral("1=1,2,3,255 2=0,0,0,0");
         QTest::newRow("aco: grey beyond 100%") << aco(1, {{0, 0, 0, 0, 0}, {8, 65535, 0, 0, 0}}) << acoSuffix
@@ -219,14 +201,8 @@ private Q_SLOTS:
             << ase(4, black + aseColour("RGB ", {2.0f, -1.0f, std::nanf("")}) + be16(9) + be32(3) + "xyz"
                           + aseColour("Gray", {1.0f}))
             << aseSuffix << QStringLiteral("1=255,0,0,255 2=255,255,255,255 3=0,0,0,0");
-        QTest::newRow("ase: no blocks") << ase(0, black + white) << aseSuffix << QString();
-        QTest::newRow("ase: a negative count") << ase(0xFFFFFFFF, black + white) << aseSuffix << QString();
         QTest::newRow("ase: more blocks than the file holds") << ase(0x7FFFFFFF, black + white) << aseSuffix
                                                               << QStringLiteral("1=255,255,255,255 2=0,0,0,0");
-        QTest::newRow("ase: cut in a colour") << ase(3, black + white.left(20)) << aseSuffix << QString();
-        QTest::newRow("ase: a block longer than the file")
-            << ase(3, black + be16(7) + be32(0xFFFFFFF0) + white) << aseSuffix << QString();
-        QTest::newRow("ase: another version") << ase(2, black).replace(6, 2, be16(1)) << aseSuffix << QString();
     }
 
     void reads()
@@ -236,12 +212,7 @@ private Q_SLOTS:
         QFETCH(QString, expected);
         bool ok = false;
         const QRGBPal colors = load(data, suffix, &ok);
-        // A file that its reader refuses still loads, as all 0.
         QVERIFY(ok);
-        if (expected.isEmpty()) {
-            QVERIFY(colors.sameColors(QRGBPal()));
-            return;
-        }
         QList<int> indexes;
         for (const QString &entry : expected.split(QLatin1Char(' ')))
             indexes.append(entry.section(QLatin1Char('='), 0, 0).toInt());
@@ -306,24 +277,50 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("valid");
         QTest::addColumn<QString>("suffix");
-        QTest::newRow("act") << actBytes() << QStringLiteral("act");
-        QTest::newRow("riff") << riff(1028) << QStringLiteral("pal");
-        QTest::newRow("jasc") << QByteArray("JASC-PAL\r\n0100\r\n2\r\n1 2 3\r\n4 5 6 7\r\n") << QStringLiteral("pal");
+        // Files that the reader refuses: they load all the same, as all 0.
+        QTest::addColumn<QList<QByteArray>>("refused");
+        QTest::newRow("act") << actBytes() << QStringLiteral("act") << QList<QByteArray>{actBytes().left(767), {}};
+        // A chunk of 1036, one below its header, one of 4 GB; data cut short; not a palette.
+        QTest::newRow("riff") << riff(1028) << QStringLiteral("pal")
+                              << QList<QByteArray>{riff(1036), riff(4), riff(0xFFFFFFFF), riff(1028).left(600),
+                                                   riff(1028).replace(8, 4, "WAVE")};
+        // Unix line ends, another version, a header alone.
+        QTest::newRow("jasc") << QByteArray("JASC-PAL\r\n0100\r\n2\r\n1 2 3\r\n4 5 6 7\r\n") << QStringLiteral("pal")
+                              << QList<QByteArray>{"JASC-PAL\n0100\n256\n1 2 3\n", "JASC-PAL\r\n0200\r\n256\r\n1 2 3\r\n",
+                                                   "JASC-PAL\r\n"};
+        // Cut short, version 2 alone, and a RIFF palette: the suffix wins over the first bytes.
+        const QByteArray two = aco(1, {{0, 0, 0, 0, 0}, {0, 257, 514, 771, 0}});
         QTest::newRow("aco") << aco(1, {{0, 1, 2, 3, 4}, {1, 5, 6, 7, 8}, {2, 1, 1, 1, 1}, {8, 3, 0, 0, 0}})
-                             << QStringLiteral("aco");
-        QTest::newRow("ase") << ase(3, aseColour("RGB ", {0, 0, 0}) + aseColour("CMYK", {1, 0, 1, 0}) + aseColour("Gray", {1}))
-                             << QStringLiteral("ase");
-        QTest::newRow("painter") << QByteArray("ROWS 1\nR: 1, G: 2, B: 3 A: 4\n") << QStringLiteral("txt");
+                             << QStringLiteral("aco")
+                             << QList<QByteArray>{two.left(16), QByteArray(two).replace(0, 2, be16(2)), riff(1028)};
+        // No blocks, a negative count, cut in a colour, a block longer than the file, another version.
+        const QByteArray black = aseColour("RGB ", {0, 0, 0});
+        const QByteArray white = aseColour("RGB ", {1, 1, 1});
+        QTest::newRow("ase") << ase(3, black + aseColour("CMYK", {1, 0, 1, 0}) + aseColour("Gray", {1}))
+                             << QStringLiteral("ase")
+                             << QList<QByteArray>{ase(0, black + white), ase(0xFFFFFFFF, black + white),
+                                                  ase(3, black + white.left(20)),
+                                                  ase(3, black + be16(7) + be32(0xFFFFFFF0) + white),
+                                                  ase(2, black).replace(6, 2, be16(1))};
+        // Without "ROWS" the text is an ACT file, too short to read.
+        QTest::newRow("painter") << QByteArray("ROWS 1\nR: 1, G: 2, B: 3 A: 4\n") << QStringLiteral("txt")
+                                 << QList<QByteArray>{"R: 1, G: 2, B: 3 A: 4\n"};
         QImage image(3, 3, QImage::Format_Indexed8);
         image.setColorTable({qRgb(1, 2, 3), qRgb(4, 5, 6)});
         image.fill(1);
-        QTest::newRow("pcx") << encodePcx(image) << QStringLiteral("pcx");
+        QTest::newRow("pcx") << encodePcx(image) << QStringLiteral("pcx") << QList<QByteArray>();
     }
 
     void hostileFilesLoadWithoutHarm()
     {
         QFETCH(QByteArray, valid);
         QFETCH(QString, suffix);
+        QFETCH(QList<QByteArray>, refused);
+        for (const QByteArray &data : refused) {
+            bool ok = false;
+            QVERIFY(load(data, suffix, &ok).sameColors(QRGBPal()));
+            QVERIFY(ok);
+        }
         // Every cut of a valid file, and random bytes over it.
         for (int size = 0; size <= valid.size(); ++size)
             load(valid.left(size), suffix);
