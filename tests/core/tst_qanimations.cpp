@@ -12,7 +12,7 @@
 #include <QTextDocument>
 #include <QtTest>
 
-#include <memory>
+#include <functional>
 
 namespace {
 
@@ -47,12 +47,34 @@ QString freshDump(const QString &content)
     return dumpAnimations(fresh.animations);
 }
 
+/** The action numbers in row order, as "10 20 30". */
+QString numbers(const QAnimations &animations)
+{
+    QStringList list;
+    for (int i = 0; i < animations.count(); ++i)
+        list.append(QString::number(animations.at(i)->number()));
+    return list.join(QLatin1Char(' '));
+}
+
 QString line(const QTextDocument *document, int number)
 {
     return document->findBlockByNumber(number).text();
 }
 
+/** Types `text` at the start of line `line`, as a user of the text view would. */
+std::function<void(Air &)> typeAt(int line, const QString &text)
+{
+    return [=](Air &air) {
+        QTextCursor cursor(air.text.document());
+        cursor.setPosition(air.text.document()->findBlockByNumber(line).position());
+        cursor.insertText(text);
+    };
+}
+
 } // namespace
+
+using AirEdit = std::function<void(Air &)>;
+Q_DECLARE_METATYPE(AirEdit)
 
 class tst_QAnimations : public QObject
 {
@@ -92,7 +114,9 @@ private Q_SLOTS:
                                    << QStringLiteral("0,1 10,-5 t8 f2 b1 128/128 s1.5,1.5 a45");
         QTest::newRow("scale x") << QStringLiteral("1,0, 0,0, 5,,,2") << QStringLiteral("1,0 0,0 t5 f0 b0 s2,0 a0");
         QTest::newRow("scale y") << QStringLiteral("1,0, 0,0, 5,,,,2") << QStringLiteral("1,0 0,0 t5 f0 b0 s0,2 a0");
-        QTest::newRow("16-bit sprite numbers") << QStringLiteral("70000,-1, 0,0, 5") << QStringLiteral("4464,-1 0,0 t5 f0 b0");
+        // Sprite numbers are 16-bit: beyond that they read as 0, not wrapped.
+        QTest::newRow("16-bit sprite numbers") << QStringLiteral("70000,-32768, 0,0, 5") << QStringLiteral("0,-32768 0,0 t5 f0 b0");
+        QTest::newRow("below 16 bits") << QStringLiteral("32767,-32769, 0,0, 5") << QStringLiteral("32767,0 0,0 t5 f0 b0");
     }
 
     void framesAreReadByPosition()
@@ -230,8 +254,9 @@ private Q_SLOTS:
     void duplicateMoveAndSort()
     {
         Air air;
-        air.load(QStringLiteral("[Begin Action 30]\n; mentions [begin action 30] too\n3,0, 0,0, 5\n"
-                                "[Begin Action 10]\n1,0, 0,0, 5\n"
+        // A zero-padded header, and an indented one that still ends the action above.
+        air.load(QStringLiteral("[Begin Action 030]\n; mentions [begin action 30] too\n3,0, 0,0, 5\n"
+                                "  [Begin Action 10]\n1,0, 0,0, 5\n"
                                 "[Begin Action 20]\n2,0, 0,0, 5\n"));
         QAnimations &model = air.animations;
         QAnimation *copy = model.duplicate(0, 31);
@@ -241,10 +266,7 @@ private Q_SLOTS:
         QCOMPARE(model.at(0)->number(), 30);
 
         model.sort();
-        QStringList numbers;
-        for (int i = 0; i < model.count(); ++i)
-            numbers.append(QString::number(model.at(i)->number()));
-        QCOMPARE(numbers.join(QLatin1Char(' ')), QStringLiteral("10 20 30 31"));
+        QCOMPARE(numbers(model), QStringLiteral("10 20 30 31"));
         QCOMPARE(dumpAnimations(model), freshDump(air.plain()));
         // One undo puts the order back.
         air.text.document()->undo();
@@ -256,7 +278,9 @@ private Q_SLOTS:
         model.move(3, 1);
         QCOMPARE(model.at(1)->number(), 30);
         model.move(0, 9); // out of range: nothing
-        QCOMPARE(model.count(), 4);
+        QCOMPARE(numbers(model), QStringLiteral("31 30 10 20"));
+        model.remove(1);
+        QCOMPARE(numbers(model), QStringLiteral("31 10 20"));
         QCOMPARE(dumpAnimations(model), freshDump(air.plain()));
     }
 
@@ -305,31 +329,70 @@ private Q_SLOTS:
         QVERIFY(!one.animations.at(0)->frameAt(0)->hitBoxes(Collision));
     }
 
-    void wrongCountsStayUntilTouched()
+    void countFixesTouchOnlyTheEditedDeclaration_data()
     {
-        Air air;
-        const QString text = QStringLiteral("[Begin Action 0]\nClsn1: 5\n Clsn1[0] = 0,0,4,4\n Clsn1[7] = 0,0,2,2\n0,0, 0,0, 5\n");
-        air.load(text);
-        // Opening a file never changes it.
-        QCOMPARE(air.plain(), text);
-        QVERIFY(!air.animations.isModified());
-        QCOMPARE(air.animations.at(0)->frameAt(0)->hitBoxes(Attack)->count(), 2);
+        QTest::addColumn<AirEdit>("edit");
+        QTest::addColumn<QString>("after");
+        const QString frame0 = QStringLiteral("[Begin Action 0]\nClsn1: 5\n Clsn1[0] = 4,4,0,0\n Clsn1[7] = 0,0,2,2\n0,0, 0,0, 5\n");
+        const QString frame1 = QStringLiteral("Clsn2: 3\n Clsn2[0] = 0,0,1,1\n1,0, 0,0, 5\n");
+        QTest::newRow("a frame inserted elsewhere") << AirEdit([](Air &air) { air.animations.at(0)->frameInsert(1); })
+                                                    << frame0 + QStringLiteral("-1,0, 0,0, 10\n") + frame1;
+        QTest::newRow("a frame typed elsewhere") << typeAt(8, QStringLiteral("2,0, 0,0, 5\n"))
+                                                 << frame0 + frame1 + QStringLiteral("2,0, 0,0, 5\n");
+        QTest::newRow("a box typed under Clsn2")
+            << typeAt(7, QStringLiteral(" Clsn2[0] = 5,5,6,6\n"))
+            << frame0 + QStringLiteral("Clsn2: 2\n Clsn2[0] = 0,0,1,1\n  Clsn2[1] = 5, 5, 6, 6\n1,0, 0,0, 5\n");
         // Box corners are read normalised; the line stays as it is.
-        air.animations.at(0)->frameAt(0)->insertBox(Attack, QRect(QPoint(9, 9), QPoint(10, 10)));
-        QCOMPARE(air.plain(), QStringLiteral("[Begin Action 0]\nClsn1: 3\n Clsn1[0] = 0,0,4,4\n  Clsn1[1] = 0, 0, 2, 2\n"
-                                             "  Clsn1[2] = 9, 9, 10, 10\n0,0, 0,0, 5\n"));
+        QTest::newRow("a box inserted under Clsn1")
+            << AirEdit([](Air &air) { air.animations.at(0)->frameAt(0)->insertBox(Attack, QRect(QPoint(9, 9), QPoint(10, 10))); })
+            << QStringLiteral("[Begin Action 0]\nClsn1: 3\n Clsn1[0] = 4,4,0,0\n  Clsn1[1] = 0, 0, 2, 2\n"
+                              "  Clsn1[2] = 9, 9, 10, 10\n0,0, 0,0, 5\n") + frame1;
+        QTest::newRow("a box of Clsn1 removed")
+            << AirEdit([](Air &air) { air.animations.at(0)->frameAt(0)->hitBoxes(Attack)->at(0)->remove(true); })
+            << QStringLiteral("[Begin Action 0]\nClsn1: 1\n  Clsn1[0] = 0, 0, 2, 2\n0,0, 0,0, 5\n") + frame1;
+        // A copy is the text as it stands.
+        QTest::newRow("the action duplicated") << AirEdit([](Air &air) { air.animations.duplicate(0, -1); })
+                                               << frame0 + frame1 + QLatin1Char('\n') + frame0 + frame1;
     }
 
-    void typingABoxFixesTheCountAfterwards()
+    void countFixesTouchOnlyTheEditedDeclaration()
+    {
+        QFETCH(AirEdit, edit);
+        QFETCH(QString, after);
+        Air air;
+        const QString loaded = QStringLiteral("[Begin Action 0]\nClsn1: 5\n Clsn1[0] = 4,4,0,0\n Clsn1[7] = 0,0,2,2\n0,0, 0,0, 5\n"
+                                              "Clsn2: 3\n Clsn2[0] = 0,0,1,1\n1,0, 0,0, 5\n");
+        air.load(loaded);
+        // Opening a file never changes it, wrong counts and all.
+        QCOMPARE(air.plain(), loaded);
+        QVERIFY(!air.animations.isModified());
+        QCOMPARE(air.animations.at(0)->frameAt(0)->hitBoxes(Attack)->count(), 2);
+        edit(air);
+        // A typed line is fixed once the document has reported it.
+        QCoreApplication::processEvents();
+        QCOMPARE(air.plain(), after);
+        QCOMPARE(dumpAnimations(air.animations), freshDump(air.plain()));
+        // The fix is part of the edit's undo step, and an undo is no edit to fix.
+        air.text.document()->undo();
+        QCoreApplication::processEvents();
+        QCOMPARE(air.plain(), loaded);
+        QVERIFY(air.text.document()->isRedoAvailable());
+        QCOMPARE(dumpAnimations(air.animations), freshDump(air.plain()));
+    }
+
+    void typingOverAWordRereadsTheLine()
     {
         Air air;
-        air.load(QStringLiteral("[Begin Action 0]\nClsn2: 1\n Clsn2[0] = 0,0,1,1\n0,0, 0,0, 5\n"));
-        QTextCursor cursor(air.text.document());
-        cursor.setPosition(air.text.document()->findBlockByNumber(3).position());
-        cursor.insertText(QStringLiteral(" Clsn2[0] = 5,5,6,6\n"));
-        // The document can't be changed while it reports a change: the fix follows.
-        QTRY_COMPARE(air.plain(), QStringLiteral("[Begin Action 0]\nClsn2: 2\n Clsn2[0] = 0,0,1,1\n  Clsn2[1] = 5, 5, 6, 6\n0,0, 0,0, 5\n"));
-        QCOMPARE(dumpAnimations(air.animations), freshDump(air.plain()));
+        air.load(QStringLiteral("[Begin Action 0]\nClsn1: 1\n Clsn1[0] = 0,0,1,1\nClsn2: 1\n Clsn2[0] = 0,0,2,2\n0,0, 0,0, 5\n"
+                                "Interpolate Blend\nInterpolate Angle\n1,0, 0,0, 5\n"));
+        // The line stays an element of its kind all along, but now of another type.
+        for (const auto &[line, column, typed] : {std::tuple(1, 4, "2"), std::tuple(7, 12, "Blend")}) {
+            QTextCursor cursor(air.text.document());
+            cursor.setPosition(air.text.document()->findBlockByNumber(line).position() + column);
+            cursor.movePosition(QTextCursor::EndOfWord, QTextCursor::KeepAnchor);
+            cursor.insertText(QLatin1String(typed));
+            QCOMPARE(dumpAnimations(air.animations), freshDump(air.plain()));
+        }
     }
 
     void boxesResolveThroughDefaults()
