@@ -1,4 +1,5 @@
 #include "core/base/qmugenmodel.h"
+#include "sndbuilder.h"
 #include "testsupport.h"
 
 #include <QDirIterator>
@@ -195,6 +196,32 @@ private Q_SLOTS:
         result = run({QStringLiteral("save"), in, out, QStringLiteral("--utf8")});
         QCOMPARE(result.code, 0);
         QVERIFY(TestSupport::readFile(out).startsWith("; se\xc3\xb1or \xc3\xa9l\xc3\xa8ve"));
+    }
+
+    void emptyDocumentsAreNotSaved_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("SND") << QStringLiteral("empty.snd") << SndBuilder::snd({})
+                             << QByteArray("Save SND: You can't save an empty SND because M.U.G.E.N. will not open it.");
+        // A header the engine can't read is no action either.
+        QTest::newRow("AIR") << QStringLiteral("empty.air") << QByteArray("; none yet\r\n[Begin Action x]\r\n0,0, 0,0, 5\r\n")
+                             << QByteArray("Save AIR: You can't save an empty AIR because M.U.G.E.N. will not open it.");
+    }
+
+    void emptyDocumentsAreNotSaved()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, content);
+        QFETCH(QByteArray, message);
+        const QString in = m_dir.filePath(name);
+        QVERIFY(TestSupport::writeFile(in, content));
+        const QString out = m_dir.filePath(QStringLiteral("never.") + QFileInfo(name).suffix());
+        const Result result = run({QStringLiteral("save"), in, out});
+        QCOMPARE(result.code, 1);
+        QVERIFY2(result.err.contains(message), result.err.constData());
+        QVERIFY(!QFileInfo::exists(out));
     }
 
     void checkPrintsDiagnosticsInFileOrder()

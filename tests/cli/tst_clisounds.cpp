@@ -82,13 +82,6 @@ private Q_SLOTS:
         const QString again = path(QStringLiteral("again.snd"));
         QCOMPARE(cli({QStringLiteral("save"), out, again}).code, 0);
         QCOMPARE(readFile(again), readFile(out));
-
-        const QString empty = path(QStringLiteral("empty.snd"));
-        QVERIFY(writeFile(empty, SndBuilder::snd({})));
-        result = cli({QStringLiteral("save"), empty, path(QStringLiteral("never.snd"))});
-        QCOMPARE(result.code, 1);
-        QVERIFY(result.err.contains("Save SND: You can't save an empty SND because M.U.G.E.N. will not open it."));
-        QVERIFY(!QFileInfo::exists(path(QStringLiteral("never.snd"))));
     }
 
     void extract()
