@@ -289,6 +289,7 @@ private Q_SLOTS:
         // Compressed formats aren't measured.
         QTest::newRow("ADPCM") << SndBuilder::wav(1, 11025, 4, 100, 2) << 0 << 0 << 0 << 0.0f;
         QTest::newRow("too short") << SndBuilder::wav(1, 11025, 8, 10).left(30) << 0 << 0 << 0 << 0.0f;
+        QTest::newRow("not RIFF/WAVE") << "OggS" + SndBuilder::wav(1, 11025, 8, 10).mid(4) << 0 << 0 << 0 << 0.0f;
         QByteArray noData = SndBuilder::wav(1, 11025, 8, 10);
         noData.replace("data", "atad");
         QTest::newRow("no data chunk") << noData << 0 << 0 << 0 << 0.0f;
@@ -527,13 +528,23 @@ private Q_SLOTS:
         QCOMPARE(sounds.sample(0), wav);
         QCOMPARE(sounds.soundInfo(0).sampleRate, 16000u);
 
-        // Missing files and files that aren't WAV leave the sound as it was.
+        // Files that can't be read leave the sound as it was, and say why.
         QVERIFY(!sounds.loadWav(0, path(QStringLiteral("absent.wav"))));
-        const QString text = path(QStringLiteral("text.wav"));
-        QVERIFY(writeFile(text, "RIFF, but not really"));
-        QVERIFY(!sounds.loadWav(0, text));
+        QCOMPARE(sounds.errorString(), QStringLiteral("no such file"));
+        const QString empty = path(QStringLiteral("empty.wav"));
+        QVERIFY(writeFile(empty, QByteArray()));
+        QVERIFY(!sounds.loadWav(0, empty));
+        QCOMPARE(sounds.errorString(), QStringLiteral("the file is empty"));
         QVERIFY(!sounds.loadWav(5, in));
         QCOMPARE(sounds.sample(0), wav);
+        // A sound that isn't RIFF/WAVE is kept as it is, unmeasured.
+        const QByteArray ogg = "OggS" + wav.mid(4);
+        const QString other = path(QStringLiteral("other.ogg"));
+        QVERIFY(writeFile(other, ogg));
+        QVERIFY(sounds.loadWav(0, other));
+        QCOMPARE(sounds.sample(0), ogg);
+        QCOMPARE(sounds.soundInfo(0), QSoundInfo());
+        QVERIFY(sounds.loadWav(0, in));
 
         const QString out = path(QStringLiteral("out.wav"));
         QVERIFY(sounds.saveWav(0, out));
@@ -603,13 +614,23 @@ private Q_SLOTS:
                           "FILE = sub\\a.wav\r\n\r\n"
                           "[SoundDef]\r\ngroup = 8\r\nsample = 1\r\nfile = missing.wav\r\n"
                           "[SoundDef]\r\nsample = 3\r\nfile =   Sub/A.wav  \r\n"
-                          "[sounddef]\r\ngroup = 6\r\nfile = Sub/A.wav\r\n"));
+                          "[sounddef]\r\ngroup = 6\r\nfile = Sub/A.wav\r\n"
+                          "[SoundDef]\r\ngroup = 5\r\nfile = beep.ogg\r\n"
+                          "[SoundDef]\r\ngroup = 9\r\n"));
+        QVERIFY(writeFile(folder.filePath(QStringLiteral("beep.ogg")), "OggS, kept as it is"));
+        QRecordingUserPrompt prompt;
         QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
         QVERIFY(sounds.importSounds(folder.filePath(QStringLiteral("set.kse")), 0));
         // Keys ignore case, files are found as Windows would find them, a
-        // section without a WAV leaves nothing, and only "SoundDef" counts.
-        QCOMPARE(pairs(sounds), QStringLiteral("7,-2 0,3"));
+        // sound that isn't WAV is kept, and only "SoundDef" counts.
+        QCOMPARE(pairs(sounds), QStringLiteral("7,-2 0,3 5,0"));
         QCOMPARE(sounds.sample(1), SndBuilder::wav(1, 8000, 8, 4));
+        QCOMPARE(sounds.sample(2), QByteArray("OggS, kept as it is"));
+        // A section without a sound leaves nothing, and says so.
+        QCOMPARE(prompt.calls.size(), 1);
+        QCOMPARE(prompt.calls.at(0).title, QStringLiteral("Import sounds"));
+        QCOMPARE(prompt.calls.at(0).text, QStringLiteral("These sounds couldn't be imported and were left out:\n"
+                                                         "8,1: missing.wav: no such file\n9,0: no file is named"));
     }
 
     void playingNeverBlocks()
