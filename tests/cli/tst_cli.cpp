@@ -24,6 +24,15 @@ private:
     using Result = TestSupport::CliResult;
     Result run(const QStringList &arguments) { return TestSupport::runCli(arguments); }
 
+    /** The values of `keys` (blank-separated) of a JSON object, blank-separated. */
+    static QString fields(const QJsonValue &object, const char *keys)
+    {
+        QStringList values;
+        for (const QString &key : QString::fromLatin1(keys).split(QLatin1Char(' ')))
+            values.append(object.toObject().value(key).toVariant().toString());
+        return values.join(QLatin1Char(' '));
+    }
+
     /** Writes `bytes` to the file `name` of the test folder; returns its path. */
     QString file(const QString &name, const QByteArray &bytes)
     {
@@ -32,19 +41,7 @@ private:
     }
 
 private Q_SLOTS:
-    void helpAndVersion()
-    {
-        const Result help = run({u"--help"_s});
-        QCOMPARE(help.code, 0);
-        QVERIFY(help.out.startsWith("Usage: kestrada-cli"));
-        for (const char *verb : {"info FILE", "check FILE...", "save IN OUT"})
-            QVERIFY2(help.out.contains(verb), verb);
-        const Result version = run({u"--version"_s});
-        QCOMPARE(version.code, 0);
-        QCOMPARE(version.out, QByteArray("kestrada-cli " KESTRADA_VERSION "\n"));
-    }
-
-    void usageErrors_data()
+    void commandLines_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<int>("code");
@@ -52,7 +49,9 @@ private Q_SLOTS:
         const QString text = file(u"notes.xyz"_s, "x");
         const QString configuration = m_dir.filePath(u"c.ksc3"_s);
         QVERIFY(QMugenModel().save(configuration));
-        // No verb at all: the help, on the way.
+        QTest::newRow("help") << QStringList{u"--help"_s} << 0 << QByteArray("Verbs:\n  info FILE");
+        QTest::newRow("version") << QStringList{u"--version"_s} << 0 << QByteArray("kestrada-cli " KESTRADA_VERSION "\n");
+        // No verb at all is a usage error, with the help on the way.
         QTest::newRow("no verb") << QStringList() << 2 << QByteArray("Usage: kestrada-cli");
         QTest::newRow("unknown verb") << QStringList{u"frobnicate"_s} << 2 << QByteArray("unknown verb");
         QTest::newRow("missing file") << QStringList{u"info"_s} << 2 << QByteArray("usage: kestrada-cli info");
@@ -70,7 +69,7 @@ private Q_SLOTS:
                                      << QByteArray("no such file");
     }
 
-    void usageErrors()
+    void commandLines()
     {
         QFETCH(QStringList, arguments);
         QFETCH(int, code);
@@ -94,11 +93,10 @@ private Q_SLOTS:
         result = run({u"info"_s, path, u"--json"_s});
         QCOMPARE(result.code, 0);
         const QJsonObject object = QJsonDocument::fromJson(result.out).object();
-        QCOMPARE(object.value(u"kind"_s).toString(), u"configuration"_s);
-        QCOMPARE(object.value(u"settings"_s).toObject().value(u"undo_limit"_s).toString(), u"12"_s);
+        QCOMPARE(fields(object, "kind") + QLatin1Char(' ') + fields(object.value(u"settings"_s), "undo_limit"), u"configuration 12"_s);
         const QJsonArray installations = object.value(u"installations"_s).toArray();
         QCOMPARE(installations.size(), 1);
-        QCOMPARE(installations.at(0).toObject().value(u"exe"_s).toString(), u"/opt/mugen/mugen.exe"_s);
+        QCOMPARE(fields(installations.at(0), "exe"), u"/opt/mugen/mugen.exe"_s);
         // Not a configuration inside: a failure, not a crash.
         result = run({u"info"_s, file(u"bad.ksc3"_s, "<other/>")});
         QCOMPARE(result.code, 1);
@@ -128,13 +126,10 @@ private Q_SLOTS:
         QCOMPARE(result.code, 0);
         const QJsonArray actions = QJsonDocument::fromJson(result.out).object().value(u"actions"_s).toArray();
         QCOMPARE(actions.size(), 117);
-        const QJsonObject stand = actions.at(0).toObject();
-        QCOMPARE(stand.value(u"number"_s).toInt(), 0);
-        QCOMPARE(stand.value(u"name"_s).toString(), u"Standing Animation"_s);
-        QCOMPARE(stand.value(u"frames"_s).toInt(), 11);
-        const QJsonObject box = stand.value(u"boxes"_s).toArray().at(0).toObject();
-        QCOMPARE(box.value(u"type"_s).toString(), u"Clsn2Default"_s);
-        QCOMPARE(box.value(u"rect"_s).toObject().value(u"top"_s).toInt(), -79);
+        QCOMPARE(fields(actions.at(0), "number name frames"), u"0 Standing Animation 11"_s);
+        const QJsonValue box = actions.at(0).toObject().value(u"boxes"_s).toArray().at(0);
+        QCOMPARE(fields(box, "frame type") + QLatin1Char(' ') + fields(box.toObject().value(u"rect"_s), "left top right bottom"),
+                 u"0 Clsn2Default -13 -79 16 0"_s);
         result = run({u"info"_s, air});
         QCOMPARE(result.code, 0);
         QVERIFY(result.out.startsWith("Animations: 117\n  0 \"Standing Animation\": 11 frames\n"));
@@ -144,9 +139,7 @@ private Q_SLOTS:
         result = run({u"info"_s, def, u"--json"_s});
         QCOMPARE(result.code, 0);
         const QJsonObject object = QJsonDocument::fromJson(result.out).object();
-        QCOMPARE(object.value(u"kind"_s).toString(), u"character"_s);
-        QVERIFY(!object.value(u"name"_s).toString().isEmpty());
-        QCOMPARE(object.value(u"counts"_s).toObject().value(u"states"_s).toInt(), 4);
+        QCOMPARE(fields(object, "kind name") + QLatin1Char(' ') + fields(object.value(u"counts"_s), "states"), u"character goro 4"_s);
         // "sp.st" is found as "Sp.st".
         const QJsonArray files = object.value(u"files"_s).toArray();
         const auto sp = std::find_if(files.begin(), files.end(),
@@ -158,9 +151,7 @@ private Q_SLOTS:
 
     void savingText()
     {
-        QByteArray text;
-        for (int i = 0; i < 10; ++i)
-            text += "; se\xf1or \xe9l\xe8ve caf\xe9\n[Statedef 0]\n";
+        QByteArray text = QByteArray("; se\xf1or \xe9l\xe8ve caf\xe9\n[Statedef 0]\n").repeated(10);
         const QString in = file(u"latin.cns"_s, text);
         const QString out = m_dir.filePath(u"out.cns"_s);
         QCOMPARE(run({u"save"_s, in, out}).code, 0);
@@ -207,28 +198,10 @@ private Q_SLOTS:
                                     air.toUtf8() + ":2:14: error: Unknown flip type"}));
         result = run({u"check"_s, cns, u"--json"_s});
         QCOMPARE(result.code, 1);
-        const QJsonArray array = QJsonDocument::fromJson(result.out).array();
-        QCOMPARE(array.size(), 3);
-        const QJsonObject first = array.at(0).toObject();
-        QCOMPARE(first.value(u"line"_s).toInt(), 2);
-        QCOMPARE(first.value(u"column"_s).toInt(), 1);
-        QCOMPARE(first.value(u"severity"_s).toString(), u"error"_s);
-        QCOMPARE(array.at(2).toObject().value(u"severity"_s).toString(), u"note"_s);
-    }
-
-    void checkReadsAStoryboard()
-    {
-        // Storyboards and fonts name no engine version; they are checked at
-        // 1.1 all the same, like any file without the option. Its sprites
-        // and sounds are there (if empty), so nothing is missing.
-        file(u"intro.sff"_s, QByteArray());
-        file(u"intro.snd"_s, QByteArray());
-        const QString storyboard = file(u"intro.def"_s, "[SceneDef]\nspr = intro.sff\nsnd = intro.snd\n[Scene 0]\n"
-                                                        "layer0.anim = 1\n[BG0Def]\nspr = intro.sff\n[BG0 Sky]\n"
-                                                        "type = normal\nspriteno = 0, 0\n");
-        const Result result = run({u"check"_s, storyboard});
-        QCOMPARE(result.code, 0);
-        QVERIFY2(result.out.isEmpty(), result.out.constData());
+        QStringList json;
+        for (const QJsonValue &diagnostic : QJsonDocument::fromJson(result.out).array())
+            json.append(fields(diagnostic, "line column severity"));
+        QCOMPARE(json, QStringList({u"2 1 error"_s, u"4 8 warning"_s, u"9 7 note"_s}));
     }
 
     void checkOfADefinitionsFileChecksTheWholeProject()
@@ -260,19 +233,20 @@ private Q_SLOTS:
         QCOMPARE(result.code, 1);
         const QJsonArray array = QJsonDocument::fromJson(result.out).array();
         QCOMPARE(array.size(), 4);
-        QCOMPARE(array.at(0).toObject().value(u"line"_s).toInt(), 0);
-        QCOMPARE(array.at(3).toObject().value(u"path"_s).toString(), m_dir.filePath(u"old.air"_s));
+        QCOMPARE(fields(array.at(0), "line") + fields(array.at(3), "path"), u"0"_s + m_dir.filePath(u"old.air"_s));
         // A state file alone is checked at 1.1, or at the version given.
         QCOMPARE(run({u"check"_s, cns}).code, 0);
         QCOMPARE(run({u"check"_s, cns, u"--mugen-version"_s, u"2002.04.14"_s}).out.trimmed(),
                  cns.toUtf8() + ":3:8: error: Controller invalid for the M.U.G.E.N. version of the current project");
     }
 
-    void checkFindsTrueTypeFontsWhereTheEngineDoes_data()
+    void checkFindsWhatFontsAndStoryboardsName_data()
     {
         QTest::addColumn<QString>("def");
         QTest::addColumn<int>("code");
         QTest::addColumn<QByteArray>("output");
+        // They name no engine version: they are checked at 1.1, like any file without the option.
+        QTest::newRow("storyboard") << u"story/intro.def"_s << 0 << QByteArray();
         // Beside the DEF, in the engine's font folder, or among the system's fonts.
         QTest::newRow("beside") << u"font/beside.def"_s << 0 << QByteArray();
         QTest::newRow("font folder") << u"data/motif/shared.def"_s << 0 << QByteArray();
@@ -282,7 +256,7 @@ private Q_SLOTS:
         QTest::newRow("bitmap font missing") << u"font/bitmap.def"_s << 1 << QByteArray(": error: the file \"gone.sff\" isn't found");
     }
 
-    void checkFindsTrueTypeFontsWhereTheEngineDoes()
+    void checkFindsWhatFontsAndStoryboardsName()
     {
         QFETCH(QString, def);
         QFETCH(int, code);
@@ -292,11 +266,17 @@ private Q_SLOTS:
             return TestSupport::writeFile(root.filePath(QLatin1String(name)), bytes);
         };
         const auto font = [](const char *type, const char *file) {
-            return QByteArray("[FNT v2]\r\nfntversion = 2,00\r\n[Def]\r\nType = ") + type + " ; kind\r\nSize = 7,13\r\nFile = " + file + "\r\n";
+            return QByteArray("[FNT v2]\r\nfntversion = 2,00\r\n[Def]\r\nType = ") + type + " ; kind\r\nSize = 7,13\r\nFile = " + file
+                + "\r\n";
         };
         QVERIFY(write("font/Beside.TTF", "not read") && write("font/shared.ttf", "not read"));
-        QVERIFY(write("font/beside.def", font("truetype", "beside.ttf")) && write("data/motif/shared.def", font("TrueType", "shared.ttf")));
-        QVERIFY(write("font/system.def", font("truetype", "kestrada-no-such-font.ttf")) && write("font/bitmap.def", font("bitmap", "gone.sff")));
+        QVERIFY(write("font/beside.def", font("truetype", "beside.ttf")));
+        QVERIFY(write("data/motif/shared.def", font("TrueType", "shared.ttf")));
+        QVERIFY(write("font/system.def", font("truetype", "kestrada-no-such-font.ttf")));
+        QVERIFY(write("font/bitmap.def", font("bitmap", "gone.sff")));
+        QVERIFY(write("story/intro.sff", {}) && write("story/intro.snd", {}));
+        QVERIFY(write("story/intro.def", "[SceneDef]\nspr = intro.sff\nsnd = intro.snd\n[Scene 0]\nlayer0.anim = 1\n[BG0Def]\n"
+                                         "spr = intro.sff\n[BG0 Sky]\ntype = normal\nspriteno = 0, 0\n"));
         const QString path = root.filePath(def);
         const Result result = run({u"check"_s, path});
         QCOMPARE(result.code, code);
