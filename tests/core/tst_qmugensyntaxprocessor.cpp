@@ -330,6 +330,84 @@ private Q_SLOTS:
         QCOMPARE(project.addState(QStringLiteral("b.cns"))->version(), 0x1000000u);
     }
 
+    void theDefinitionsTargetReachesTheProject()
+    {
+        QTemporaryDir dir;
+        const QString def = dir.filePath(QStringLiteral("new.def"));
+        const QByteArray info = "[Info]\r\nname = \"New\"\r\nmugenversion = 1.0\r\n";
+        QVERIFY(TestSupport::writeFile(def, info + "ikemenversion = 1.0 ; Ikemen GO\r\n[Files]\r\nst = a.cns\r\n"));
+        QVERIFY(TestSupport::writeFile(dir.filePath(QStringLiteral("a.cns")),
+                                       "[Statedef 0]\r\n[State 0, 1]\r\ntype = RedLifeSet\r\ntrigger1 = 1\r\n"));
+        QProject project(0, false);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QDefinitions *definitions = project.definitions();
+        QSyntaxTextEditor *state = project.states(0);
+        QVERIFY(state);
+        // The DEF names an ikemenversion: every text of the project is checked for Ikemen GO.
+        QCOMPARE(definitions->definedTarget(), int(TargetIkemen));
+        QCOMPARE(project.engineTarget(), int(TargetIkemen));
+        QCOMPARE(project.commands()->target(), int(TargetIkemen));
+        QCOMPARE(state->target(), int(TargetIkemen));
+        QVERIFY(issuesOf(state->document(), 2).isEmpty());
+
+        // The user's choice holds for the session; the DEF stays as it was.
+        const QString text = definitions->text();
+        definitions->chooseTarget(TargetMugen);
+        QCOMPARE(project.engineTarget(), int(TargetMugen));
+        QCOMPARE(definitions->definedTarget(), int(TargetIkemen));
+        QCOMPARE(definitions->text(), text);
+        QCOMPARE(issuesOf(state->document(), 2).value(0).text, QStringLiteral("RedLifeSet is only valid in Ikemen GO"));
+        QCOMPARE(project.addState(QStringLiteral("b.cns"))->target(), int(TargetMugen));
+        definitions->document()->setPlainText(text + QStringLiteral("[Arcade]\n"));
+        definitions->updateHierarchy();
+        QCOMPARE(project.engineTarget(), int(TargetMugen));
+
+        // Kept in the DEF, the choice removes the line, in one step that undo takes back.
+        definitions->document()->setPlainText(text);
+        definitions->chooseTarget(TargetMugen, true);
+        QCOMPARE(definitions->text(), QString::fromLatin1(info + "[Files]\r\nst = a.cns\r\n").remove(QLatin1Char('\r')));
+        QCOMPARE(definitions->definedTarget(), int(TargetMugen));
+        definitions->document()->undo();
+        QCOMPARE(definitions->text(), text);
+        definitions->chooseTarget(TargetIkemen, true);
+        QCOMPARE(definitions->text(), text);
+        QCOMPARE(state->target(), int(TargetIkemen));
+    }
+
+    void aTargetKeptInTheDefinitionsIsWrittenToItsInfo_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after");
+        // Beside mugenversion, else under [Info], else in an [Info] of its own at the top.
+        QTest::newRow("after mugenversion") << "[Info]\nname = \"A\"\nmugenversion = 1.1\nauthor = \"B\"\n"
+                                            << "[Info]\nname = \"A\"\nmugenversion = 1.1\nikemenversion = 1.0\nauthor = \"B\"\n";
+        QTest::newRow("under [Info]") << "; a stage\n[Info]\nname = \"A\"\n[BGDef]\n"
+                                      << "; a stage\n[Info]\nikemenversion = 1.0\nname = \"A\"\n[BGDef]\n";
+        QTest::newRow("no [Info]") << "[Files]\nst = a.cns" << "[Info]\nikemenversion = 1.0\n[Files]\nst = a.cns";
+        QTest::newRow("a localised [Info] is another") << "[ja.Info]\nname = \"A\"\n"
+                                                       << "[Info]\nikemenversion = 1.0\n[ja.Info]\nname = \"A\"\n";
+        QTest::newRow("[Info] named last") << "[Files]\n[Info]\nmugenversion = 1.0"
+                                           << "[Files]\n[Info]\nmugenversion = 1.0\nikemenversion = 1.0";
+    }
+
+    void aTargetKeptInTheDefinitionsIsWrittenToItsInfo()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        QDefinitions definitions(nullptr);
+        definitions.document()->setPlainText(before);
+        definitions.updateHierarchy();
+        QCOMPARE(definitions.target(), int(TargetMugen));
+        definitions.chooseTarget(TargetIkemen, true);
+        QCOMPARE(definitions.text(), after);
+        QCOMPARE(definitions.target(), int(TargetIkemen));
+        // And back: the line goes, and with it the line end it brought.
+        definitions.chooseTarget(TargetMugen, true);
+        QCOMPARE(definitions.target(), int(TargetMugen));
+        if (before.contains(QLatin1String("[Info]")))
+            QCOMPARE(definitions.text(), before);
+    }
+
     void theEnginesOwnFilesHaveNoErrors_data()
     {
         QTest::addColumn<QString>("path");

@@ -29,6 +29,14 @@ QProject::QProject(int cacheType, bool cacheCompression, QObject *parent)
         for (QSyntaxTextEditor *state : std::as_const(m_states))
             state->setVersion(version);
     });
+    // So does the engine it is made for.
+    connect(m_definitions, &QDefinitions::targetChanged, this, [this] {
+        const int target = m_definitions->target();
+        m_commands->setTarget(target);
+        m_animationText->setTarget(target);
+        for (QSyntaxTextEditor *state : std::as_const(m_states))
+            state->setTarget(target);
+    });
 }
 
 QProject::~QProject()
@@ -60,6 +68,11 @@ quint32 QProject::engineVersion() const
     return m_definitions->version();
 }
 
+int QProject::engineTarget() const
+{
+    return m_definitions->target();
+}
+
 QSyntaxTextEditor *QProject::states(int index) const
 {
     return index >= 0 && index < m_states.size() ? m_states.at(index) : nullptr;
@@ -68,6 +81,7 @@ QSyntaxTextEditor *QProject::states(int index) const
 QSyntaxTextEditor *QProject::addState(const QString &title)
 {
     auto *state = new QSyntaxTextEditor(this, FileStates, false, engineVersion(), true);
+    state->setTarget(engineTarget());
     state->document()->setMetaInformation(QTextDocument::DocumentTitle, title);
     state->setFileIndex(int(m_states.size()));
     m_states.append(state);
