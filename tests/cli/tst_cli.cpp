@@ -52,6 +52,11 @@ private Q_SLOTS:
                                         << QByteArray("unknown option --fast");
         QTest::newRow("value missing") << QStringList{QStringLiteral("check"), QStringLiteral("x"), QStringLiteral("--mugen-version")}
                                        << QByteArray("--mugen-version needs a value");
+        QTest::newRow("unknown target") << QStringList{QStringLiteral("check"), QStringLiteral("x"), QStringLiteral("--target=ikemen-go")}
+                                        << QByteArray("--target wants mugen, mugen-X.Y or ikemen, not \"ikemen-go\"");
+        QTest::newRow("target without version") << QStringList{QStringLiteral("check"), QStringLiteral("x"), QStringLiteral("--target"),
+                                                               QStringLiteral("mugen-")}
+                                                << QByteArray("--target wants mugen, mugen-X.Y or ikemen");
     }
 
     void usageErrors()
@@ -237,6 +242,13 @@ private Q_SLOTS:
                                 << QByteArray(":3:8: error: Controller invalid for the M.U.G.E.N. version of the current project");
         QTest::newRow("not a version") << QStringList{QStringLiteral("--mugen-version"), QStringLiteral("new")} << 2
                                        << QByteArray();
+        // --target mugen-X.Y names the version too; Ikemen GO reads all of 1.1.
+        QTest::newRow("target oldest") << QStringList{QStringLiteral("--target"), QStringLiteral("mugen-2002.04.14")} << 1
+                                       << QByteArray(":3:8: error: Controller invalid for the M.U.G.E.N. version of the current project");
+        QTest::newRow("target ikemen") << QStringList{QStringLiteral("--target=ikemen"), QStringLiteral("--mugen-version=2002.04.14")}
+                                       << 0 << QByteArray();
+        QTest::newRow("the version option wins")
+            << QStringList{QStringLiteral("--target=mugen-2002.04.14"), QStringLiteral("--mugen-version=1.0")} << 0 << QByteArray();
     }
 
     void checkFollowsTheEngineVersion()
@@ -313,6 +325,44 @@ private Q_SLOTS:
         QCOMPARE(array.size(), 4);
         QCOMPARE(array.at(0).toObject().value(QStringLiteral("line")).toInt(), 0);
         QCOMPARE(array.at(3).toObject().value(QStringLiteral("path")).toString(), m_dir.filePath(QStringLiteral("old.air")));
+    }
+
+    void checkAndInfoFollowTheTarget()
+    {
+        // A character for Ikemen GO: its DEF names an ikemenversion, and a
+        // state file in Ikemen GO's own language, which isn't checked.
+        QTemporaryDir dir;
+        const QString def = dir.filePath(QStringLiteral("ike.def"));
+        QVERIFY(TestSupport::writeFile(def, "[Info]\nname = \"Ike\"\nmugenversion = 1.0\nikemenversion = 1.0\n[Files]\n"
+                                            "st = ike.cns\nst1 = ike.zss\nst2 = gone.zss\n"));
+        const QString cns = dir.filePath(QStringLiteral("ike.cns"));
+        QVERIFY(TestSupport::writeFile(cns, "[Statedef 0]\n[State 0, 1]\ntype = RedLifeSet\ntrigger1 = 1\nvalue = 1\n"));
+        QVERIFY(TestSupport::writeFile(dir.filePath(QStringLiteral("ike.zss")), "[StateDef 0; type: S;]\nif time = 0 {}\n"));
+        const QByteArray missing = def.toUtf8() + ": error: the file \"gone.zss\" isn't found";
+
+        Result result = run({QStringLiteral("check"), def});
+        QCOMPARE(result.code, 1);
+        QCOMPARE(result.out.trimmed(), missing);
+        // For M.U.G.E.N., the controller of Ikemen GO is a warning, and ikemenversion too.
+        result = run({QStringLiteral("check"), def, QStringLiteral("--target"), QStringLiteral("mugen")});
+        QCOMPARE(result.out.trimmed().split('\n'),
+                 (QList<QByteArray>{def.toUtf8() + ":4:1: warning: ikemenversion is only valid in Ikemen GO", missing,
+                                    cns.toUtf8() + ":3:8: warning: RedLifeSet is only valid in Ikemen GO"}));
+        // Alone, a file is checked for M.U.G.E.N. unless the option says otherwise.
+        result = run({QStringLiteral("check"), cns});
+        QCOMPARE(result.code, 0);
+        QCOMPARE(result.out.trimmed(), cns.toUtf8() + ":3:8: warning: RedLifeSet is only valid in Ikemen GO");
+        result = run({QStringLiteral("check"), cns, QStringLiteral("--target=ikemen")});
+        QCOMPARE(result.code, 0);
+        QVERIFY2(result.out.isEmpty(), result.out.constData());
+
+        result = run({QStringLiteral("info"), def});
+        QCOMPARE(result.code, 0);
+        QVERIFY2(result.out.contains("Engine version: 1.0\nTarget: Ikemen GO\n"), result.out.constData());
+        QVERIFY(result.out.contains("  zss: ike.zss\n  zss: gone.zss (missing)\n"));
+        result = run({QStringLiteral("info"), def, QStringLiteral("--json")});
+        QCOMPARE(QJsonDocument::fromJson(result.out).object().value(QStringLiteral("target")).toString(),
+                 QStringLiteral("ikemen"));
     }
 
     void checkFindsTrueTypeFontsWhereTheEngineDoes_data()
