@@ -449,6 +449,49 @@ private Q_SLOTS:
         QVERIFY2(errors.isEmpty(), qPrintable(errors.join(QLatin1Char('\n'))));
     }
 
+    void ikemenAdditionsAreToldOnceForMugenOnly()
+    {
+        const QString root = TestSupport::corpusDir();
+        if (root.isEmpty())
+            QSKIP("the corpus isn't there");
+        // Ikemen GO's characters, stages and screenpack, checked for M.U.G.E.N.
+        // 1.1 and for Ikemen GO: a line that uses what only Ikemen GO reads is
+        // warned of once for the one, and holds no error for the other.
+        QStringList problems;
+        int told = 0;
+        for (const char *folder : {"ikemen-go-test-text", "ikemen-screenpack"}) {
+            QDirIterator it(root + QLatin1Char('/') + QLatin1String(folder),
+                            {QStringLiteral("*.cns"), QStringLiteral("*.st"), QStringLiteral("*.cmd"),
+                             QStringLiteral("*.air"), QStringLiteral("*.def")},
+                            QDir::Files, QDirIterator::Subdirectories);
+            while (it.hasNext()) {
+                const QString path = it.next();
+                QSyntaxTextEditor mugen(nullptr, FileStates, false, 0x1010000, true);
+                QSyntaxTextEditor ikemen(nullptr, FileStates, false, 0x1010000, true);
+                ikemen.setTarget(TargetIkemen);
+                QVERIFY(mugen.load(path, 0, true) && ikemen.load(path, 0, true));
+                for (QTextBlock block = mugen.document()->begin(); block.isValid(); block = block.next()) {
+                    const QString where = QStringLiteral("%1:%2").arg(QDir(root).relativeFilePath(path)).arg(block.blockNumber() + 1);
+                    int ikemenOnly = 0;
+                    for (const QSyntaxIssue &issue : issuesOf(mugen.document(), block.blockNumber()))
+                        ikemenOnly += issue.text.endsWith(QLatin1String(" is only valid in Ikemen GO")) ? 1 : 0;
+                    if (ikemenOnly == 0)
+                        continue;
+                    ++told;
+                    if (ikemenOnly > 1)
+                        problems << where + QStringLiteral(": told more than once");
+                    for (const QSyntaxIssue &issue : issuesOf(ikemen.document(), block.blockNumber())) {
+                        if (issue.severity == 0 || issue.text.contains(QLatin1String("Ikemen GO")))
+                            problems << where + QStringLiteral(" for Ikemen GO: ") + issue.text;
+                    }
+                }
+            }
+        }
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
+        // The stages and screenpack use Ikemen GO's additions on dozens of lines.
+        QVERIFY2(told >= 40, qPrintable(QString::number(told)));
+    }
+
     void malformedTextIsReadSafely_data()
     {
         QTest::addColumn<QString>("text");
