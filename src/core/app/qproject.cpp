@@ -21,22 +21,17 @@ QProject::QProject(int cacheType, bool cacheCompression, QObject *parent)
     m_animations = new QAnimations(this, m_animationText);
     m_commands = new QCommands(this);
     m_sounds = new QSounds(this, cacheType, cacheCompression, -1);
-    // The DEF names the engine version; every text of the project is checked against it.
-    connect(m_definitions, &QDefinitions::versionChanged, this, [this] {
-        const quint32 version = m_definitions->version();
-        m_commands->setVersion(version);
-        m_animationText->setVersion(version);
-        for (QSyntaxTextEditor *state : std::as_const(m_states))
-            state->setVersion(version);
-    });
-    // So does the engine it is made for.
-    connect(m_definitions, &QDefinitions::targetChanged, this, [this] {
-        const int target = m_definitions->target();
-        m_commands->setTarget(target);
-        m_animationText->setTarget(target);
-        for (QSyntaxTextEditor *state : std::as_const(m_states))
-            state->setTarget(target);
-    });
+    // The DEF names the engine and its version; every text of the project is checked for them.
+    const auto followDefinitions = [this] {
+        QList<QSyntaxTextEditor *> texts{m_commands, m_animationText};
+        texts += m_states;
+        for (QSyntaxTextEditor *text : std::as_const(texts)) {
+            text->setVersion(m_definitions->version());
+            text->setTarget(m_definitions->target());
+        }
+    };
+    connect(m_definitions, &QDefinitions::versionChanged, this, followDefinitions);
+    connect(m_definitions, &QDefinitions::targetChanged, this, followDefinitions);
 }
 
 QProject::~QProject()
