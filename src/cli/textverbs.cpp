@@ -527,10 +527,6 @@ int projectInfo(const Command &command, const QString &path)
     return Success;
 }
 
-} // namespace
-
-namespace {
-
 const QLatin1String mugenTarget("mugen");
 
 /** The version of --target mugen-X.Y, or a null text. */

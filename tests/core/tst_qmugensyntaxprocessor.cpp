@@ -377,35 +377,44 @@ private Q_SLOTS:
     void aTargetKeptInTheDefinitionsIsWrittenToItsInfo_data()
     {
         QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("after");
-        // Beside mugenversion, else under [Info], else in an [Info] of its own at the top.
+        QTest::addColumn<QString>("ikemen");
+        QTest::addColumn<QString>("mugen");
+        // Beside mugenversion, else under [Info], else in an [Info] of its own
+        // at the top; back for M.U.G.E.N., the line goes with the line end it brought.
         QTest::newRow("after mugenversion") << "[Info]\nname = \"A\"\nmugenversion = 1.1\nauthor = \"B\"\n"
-                                            << "[Info]\nname = \"A\"\nmugenversion = 1.1\nikemenversion = 1.0\nauthor = \"B\"\n";
+                                            << "[Info]\nname = \"A\"\nmugenversion = 1.1\nikemenversion = 1.0\nauthor = \"B\"\n"
+                                            << "[Info]\nname = \"A\"\nmugenversion = 1.1\nauthor = \"B\"\n";
         QTest::newRow("under [Info]") << "; a stage\n[Info]\nname = \"A\"\n[BGDef]\n"
-                                      << "; a stage\n[Info]\nikemenversion = 1.0\nname = \"A\"\n[BGDef]\n";
-        QTest::newRow("no [Info]") << "[Files]\nst = a.cns" << "[Info]\nikemenversion = 1.0\n[Files]\nst = a.cns";
+                                      << "; a stage\n[Info]\nikemenversion = 1.0\nname = \"A\"\n[BGDef]\n"
+                                      << "; a stage\n[Info]\nname = \"A\"\n[BGDef]\n";
+        QTest::newRow("no [Info]") << "[Files]\nst = a.cns" << "[Info]\nikemenversion = 1.0\n[Files]\nst = a.cns"
+                                   << "[Info]\n[Files]\nst = a.cns";
         QTest::newRow("a localised [Info] is another") << "[ja.Info]\nname = \"A\"\n"
-                                                       << "[Info]\nikemenversion = 1.0\n[ja.Info]\nname = \"A\"\n";
+                                                       << "[Info]\nikemenversion = 1.0\n[ja.Info]\nname = \"A\"\n"
+                                                       << "[Info]\n[ja.Info]\nname = \"A\"\n";
         QTest::newRow("[Info] named last") << "[Files]\n[Info]\nmugenversion = 1.0"
-                                           << "[Files]\n[Info]\nmugenversion = 1.0\nikemenversion = 1.0";
+                                           << "[Files]\n[Info]\nmugenversion = 1.0\nikemenversion = 1.0"
+                                           << "[Files]\n[Info]\nmugenversion = 1.0";
+        QTest::newRow("a line without a version") << "[Info]\nikemenversion = ; later\nname = \"A\"\n"
+                                                  << "[Info]\nikemenversion = 1.0\nname = \"A\"\n"
+                                                  << "[Info]\nname = \"A\"\n";
     }
 
     void aTargetKeptInTheDefinitionsIsWrittenToItsInfo()
     {
         QFETCH(QString, before);
-        QFETCH(QString, after);
+        QFETCH(QString, ikemen);
+        QFETCH(QString, mugen);
         QDefinitions definitions(nullptr);
         definitions.document()->setPlainText(before);
         definitions.updateHierarchy();
         QCOMPARE(definitions.target(), int(TargetMugen));
         definitions.chooseTarget(TargetIkemen, true);
-        QCOMPARE(definitions.text(), after);
+        QCOMPARE(definitions.text(), ikemen);
         QCOMPARE(definitions.target(), int(TargetIkemen));
-        // And back: the line goes, and with it the line end it brought.
         definitions.chooseTarget(TargetMugen, true);
+        QCOMPARE(definitions.text(), mugen);
         QCOMPARE(definitions.target(), int(TargetMugen));
-        if (before.contains(QLatin1String("[Info]")))
-            QCOMPARE(definitions.text(), before);
     }
 
     void theEnginesOwnFilesHaveNoErrors_data()

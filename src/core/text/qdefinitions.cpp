@@ -149,6 +149,7 @@ void QDefinitions::writeTarget(int target)
     QTextBlock info;
     QTextBlock mugenVersion;
     QList<QTextBlock> lines;
+    bool named = false;
     bool inInfo = false;
     for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
         const QString header = headerOf(block.text());
@@ -158,14 +159,31 @@ void QDefinitions::writeTarget(int target)
                 info = block;
         } else if (inInfo && keyOf(block.text()) == key) {
             lines.append(block);
+            named = named || !block.text().section(QLatin1Char(';'), 0, 0).section(QLatin1Char('='), 1).trimmed().isEmpty();
         } else if (inInfo && !mugenVersion.isValid() && keyOf(block.text()) == QLatin1String("mugenversion")) {
             mugenVersion = block;
         }
     }
+    if (target == TargetIkemen && named)
+        return;
 
+    // For M.U.G.E.N. every line goes; for Ikemen GO, lines without a version
+    // make way for one that has it.
     QTextCursor cursor(document());
     cursor.beginEditBlock();
-    if (target == TargetIkemen && lines.isEmpty()) {
+    for (int i = int(lines.size()) - 1; i >= 0; --i) {
+        const QTextBlock &line = lines.at(i);
+        if (line.next().isValid()) {
+            cursor.setPosition(line.position());
+            cursor.setPosition(line.next().position(), QTextCursor::KeepAnchor);
+        } else {
+            // The last line takes the line end before it along.
+            cursor.setPosition(qMax(0, line.position() - 1));
+            cursor.setPosition(line.position() + line.length() - 1, QTextCursor::KeepAnchor);
+        }
+        cursor.removeSelectedText();
+    }
+    if (target == TargetIkemen) {
         // Beside mugenversion, where a reader looks for the engine.
         const QTextBlock after = mugenVersion.isValid() ? mugenVersion : info;
         if (after.isValid()) {
@@ -174,20 +192,6 @@ void QDefinitions::writeTarget(int target)
         } else {
             cursor.setPosition(0);
             cursor.insertText(QStringLiteral("[Info]\n") + key + QStringLiteral(" = 1.0\n"));
-        }
-    } else if (target != TargetIkemen) {
-        // From the last, so that the blocks before keep their places.
-        for (int i = int(lines.size()) - 1; i >= 0; --i) {
-            const QTextBlock &line = lines.at(i);
-            if (line.next().isValid()) {
-                cursor.setPosition(line.position());
-                cursor.setPosition(line.next().position(), QTextCursor::KeepAnchor);
-            } else {
-                // The last line takes the line end before it along.
-                cursor.setPosition(qMax(0, line.position() - 1));
-                cursor.setPosition(line.position() + line.length() - 1, QTextCursor::KeepAnchor);
-            }
-            cursor.removeSelectedText();
         }
     }
     cursor.endEditBlock();
