@@ -143,14 +143,8 @@ private Q_SLOTS:
 
     void corpusTextSavesBackUnchanged_data()
     {
-        QTest::addColumn<QString>("file");
-        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.cns"), QStringLiteral("*.st"),
-                                                           QStringLiteral("*.cmd"), QStringLiteral("*.air"),
-                                                           QStringLiteral("*.def")});
-        if (files.isEmpty())
-            QSKIP("the corpus isn't there");
-        for (const QString &file : files)
-            QTest::newRow(qPrintable(file.mid(TestSupport::corpusDir().size() + 1))) << file;
+        TestSupport::addCorpusRows({QStringLiteral("*.cns"), QStringLiteral("*.st"), QStringLiteral("*.cmd"),
+                                    QStringLiteral("*.air"), QStringLiteral("*.def")});
     }
 
     void corpusTextSavesBackUnchanged()

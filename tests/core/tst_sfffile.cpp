@@ -162,17 +162,11 @@ private:
         return set.fromFile(file, false);
     }
 
-    /** A row for each corpus file of at most `cap` bytes that `take` accepts, named by its path in the corpus. */
+    /** A row for each corpus file of at most `cap` bytes that `take` accepts. */
     static void corpusRows(qint64 cap, const std::function<bool(const QString &)> &take)
     {
-        QTest::addColumn<QString>("file");
-        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.sff")});
-        if (files.isEmpty())
-            QTest::newRow("no corpus") << QString();
-        for (const QString &file : files) {
-            if (QFileInfo(file).size() <= cap && take(file))
-                QTest::newRow(qPrintable(QDir(TestSupport::corpusDir()).relativeFilePath(file))) << file;
-        }
+        TestSupport::addCorpusRows({QStringLiteral("*.sff")}, "file",
+                                   [&](const QString &file) { return QFileInfo(file).size() <= cap && take(file); });
     }
 
 private Q_SLOTS:
@@ -184,8 +178,6 @@ private Q_SLOTS:
     void corpus()
     {
         QFETCH(QString, file);
-        if (file.isEmpty())
-            QSKIP("the corpus isn't there");
         const QByteArray original = readFile(file);
         QRecordingUserPrompt prompt;
         QSprites set(nullptr, QStreamCache::Memory, false, -1);
@@ -277,8 +269,6 @@ private Q_SLOTS:
     void conversions()
     {
         QFETCH(QString, file);
-        if (file.isEmpty())
-            QSKIP("the corpus isn't there");
         QRecordingUserPrompt prompt;
         // A stage: the character's palette rules of 1.01 would repaint its
         // portraits with the first sprite's colours.
