@@ -456,7 +456,6 @@ private Q_SLOTS:
         QTest::addColumn<int>("filter");
         QTest::addColumn<QString>("codec");
         QTest::newRow("PCX") << int(QStreamCacheFilter::PCX) << QStringLiteral("pcx");
-        QTest::newRow("RLE8") << int(QStreamCacheFilter::RLE8) << QStringLiteral("rle8");
         QTest::newRow("LZ5") << int(QStreamCacheFilter::LZ5) << QStringLiteral("lz5");
         QTest::newRow("PNG") << int(QStreamCacheFilter::PNG) << QStringLiteral("png");
     }

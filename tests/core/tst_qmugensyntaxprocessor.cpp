@@ -370,11 +370,6 @@ private Q_SLOTS:
         QTest::newRow("brackets only") << QString(20000, QLatin1Char('[')) + QStringLiteral("\n]]]]\n[[[");
         QTest::newRow("comments") << QString(20000, QLatin1Char(';')) + QLatin1Char('\n') + QString(5000, QLatin1Char('\n'))
                 + QStringLiteral("[Data]");
-        QString noise;
-        QRandomGenerator random(7);
-        for (int i = 0; i < 20000; ++i)
-            noise += QChar(ushort(random.bounded(1, 0x3000)));
-        QTest::newRow("noise") << noise;
     }
 
     void malformedTextIsReadSafely()
