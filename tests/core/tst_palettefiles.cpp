@@ -4,7 +4,6 @@
 #include "testsupport.h"
 
 #include <QBuffer>
-#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QtEndian>
 #include <QtTest>
@@ -109,15 +108,7 @@ class tst_PaletteFiles : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void corpusActFiles_data()
-    {
-        QTest::addColumn<QString>("file");
-        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.act")});
-        if (files.isEmpty())
-            QSKIP("the corpus isn't there");
-        for (const QString &file : files)
-            QTest::newRow(qPrintable(file.mid(TestSupport::corpusDir().size() + 1))) << file;
-    }
+    void corpusActFiles_data() { TestSupport::addCorpusRows({QStringLiteral("*.act")}); }
 
     void corpusActFiles()
     {
@@ -321,15 +312,11 @@ private Q_SLOTS:
             QVERIFY(load(data, suffix, &ok).sameColors(QRGBPal()));
             QVERIFY(ok);
         }
-        // Every cut of a valid file, and random bytes over it.
-        for (int size = 0; size <= valid.size(); ++size)
-            load(valid.left(size), suffix);
-        QRandomGenerator random(42);
-        for (int round = 0; round < 200; ++round) {
-            QByteArray bytes = valid;
-            for (int k = 0; k < 4; ++k)
-                bytes[random.bounded(int(bytes.size()))] = char(random.bounded(256));
-            load(bytes, suffix);
+        // Every cut of a valid file loads, except an image's.
+        for (int size = 0; size <= valid.size(); ++size) {
+            bool ok = false;
+            load(valid.left(size), suffix, &ok);
+            QVERIFY(ok || suffix == QLatin1String("pcx"));
         }
     }
 };

@@ -46,44 +46,39 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         // Every document starts as a storyboard (2), which a text without a known section keeps.
         QTest::addColumn<QString>("expected");
-        QTest::newRow("empty") << QString() << QStringLiteral("2 1010000 320x240");
-        QTest::newRow("1.1") << QStringLiteral("[Info]\nmugenversion = 1.1\n") << QStringLiteral("2 1010000 320x240");
-        QTest::newRow("1.0") << QStringLiteral("[Info]\nmugenversion = 1.0\n") << QStringLiteral("2 1000000 320x240");
-        QTest::newRow("a date is version 0") << QStringLiteral("[Info]\nmugenversion = 04,14,2001\n") << QStringLiteral("2 0 320x240");
-        QTest::newRow("a part of two digits") << QStringLiteral("[Info]\nmugenversion = 1.10\n") << QStringLiteral("2 0 320x240");
-        QTest::newRow("comma") << QStringLiteral("[Info]\nlocalcoord = 640,480\n") << QStringLiteral("2 0 640x480");
-        QTest::newRow("x") << QStringLiteral("[Info]\nlocalcoord = 640 x 480\n") << QStringLiteral("2 0 640x480");
-        QTest::newRow("spaces") << QStringLiteral("[Info]\nlocalcoord = 640  480\n") << QStringLiteral("2 0 640x480");
-        QTest::newRow("no separator") << QStringLiteral("[Info]\nlocalcoord = 640\n") << QStringLiteral("2 0 320x240");
-        QTest::newRow("files and bgdef") << QStringLiteral("[BGDef]\n[Files]\n") << QStringLiteral("1 0 320x240");
-        QTest::newRow("every key of [Files]")
-            << QStringLiteral("[Files]\nspr = a.sff\nanim = a.air\nsound = a.snd\ncmd = a.cmd\ncns = a.cns\n"
-                              "st = st.cns\nstcommon = common1.cns\nPAL1 = 1.act\npal2 =\npalette = p.act\n")
-            << QStringLiteral("1 0 320x240 pal:1.act,,p.act st:a.cns,st.cns,common1.cns spr:a.sff anim:a.air snd:a.snd cmd:a.cmd");
-        QTest::newRow("a comment ends the value") << QStringLiteral("[Files]\npal1 = kfm.act ; comment\n")
-                                                  << QStringLiteral("1 0 320x240 pal:kfm.act");
-        QTest::newRow("backslashes") << QStringLiteral("[Files]\nsprite = chars\\kfm\\kfm.sff\n")
-                                     << QStringLiteral("1 0 320x240 spr:chars/kfm/kfm.sff");
-        QTest::newRow("a state file once") << QStringLiteral("[Files]\nst = a.cns\nst = a.cns\n") << QStringLiteral("1 0 320x240 st:a.cns");
+        const auto row = [](const char *name, const char *text, const char *expected) {
+            QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(expected);
+        };
+        row("empty", "", "2 1010000 320x240");
+        row("1.1", "[Info]\nmugenversion = 1.1\n", "2 1010000 320x240");
+        row("1.0", "[Info]\nmugenversion = 1.0\n", "2 1000000 320x240");
+        row("a date is version 0", "[Info]\nmugenversion = 04,14,2001\n", "2 0 320x240");
+        row("a part of two digits", "[Info]\nmugenversion = 1.10\n", "2 0 320x240");
+        row("comma", "[Info]\nlocalcoord = 640,480\n", "2 0 640x480");
+        row("x", "[Info]\nlocalcoord = 640 x 480\n", "2 0 640x480");
+        row("spaces", "[Info]\nlocalcoord = 640  480\n", "2 0 640x480");
+        row("no separator", "[Info]\nlocalcoord = 640\n", "2 0 320x240");
+        row("files and bgdef", "[BGDef]\n[Files]\n", "1 0 320x240");
+        row("every key of [Files]",
+            "[Files]\nspr = a.sff\nanim = a.air\nsound = a.snd\ncmd = a.cmd\ncns = a.cns\nst = st.cns\n"
+            "stcommon = common1.cns\nPAL1 = 1.act\npal2 =\npalette = p.act\n",
+            "1 0 320x240 pal:1.act,,p.act st:a.cns,st.cns,common1.cns spr:a.sff anim:a.air snd:a.snd cmd:a.cmd");
+        row("a comment ends the value", "[Files]\npal1 = kfm.act ; comment\n", "1 0 320x240 pal:kfm.act");
+        row("backslashes", "[Files]\nsprite = chars\\kfm\\kfm.sff\n", "1 0 320x240 spr:chars/kfm/kfm.sff");
+        row("a state file once", "[Files]\nst = a.cns\nst = a.cns\n", "1 0 320x240 st:a.cns");
         // A key without "=" skips its line only, whatever follows it.
-        QTest::newRow("no = and a blank line") << QStringLiteral("[Files]\nsprite kfm.sff\n\nanim = kfm.air\n")
-                                               << QStringLiteral("1 0 320x240 anim:kfm.air");
-        QTest::newRow("no = and a comment line") << QStringLiteral("[Files]\ncmd: kfm.cmd\n; states\nst = kfm.cns\n")
-                                                 << QStringLiteral("1 0 320x240 st:kfm.cns");
-        QTest::newRow("a line that is no key") << QStringLiteral("[Files]\n\"odd\"\nsprite = a.sff\n= b\nsound = a.snd\n")
-                                               << QStringLiteral("1 0 320x240 spr:a.sff snd:a.snd");
-        QTest::newRow("sections the reading skips")
-            << QStringLiteral("; head\n[Data]\nlife = 1000\n[Files]\nsprite = a.sff\n[Statedef 0]\nanim = 0\n")
-            << QStringLiteral("1 0 320x240 spr:a.sff");
-        QTest::newRow("stages/ of a stage") << QStringLiteral("[BGDef]\nspr = stages/mine.sff\nspr = other.sff\n")
-                                            << QStringLiteral("4 0 320x240 spr:mine.sff");
-        QTest::newRow("stages/ with a folder") << QStringLiteral("[BGDef]\nspr = stages/sub/mine.sff\n")
-                                               << QStringLiteral("4 0 320x240 spr:stages/sub/mine.sff");
-        QTest::newRow("the first scene's sprites")
-            << QStringLiteral("[SceneDef]\nspr = a.sff\n[SceneDef]\nspr = b.sff\n") << QStringLiteral("2 0 320x240 spr:a.sff");
-        QTest::newRow("a font's file") << QStringLiteral("[Def]\ntype = bitmap\nfile = f.fnt\n") << QStringLiteral("8 0 320x240 spr:f.fnt");
-        QTest::newRow("a quoted name") << QStringLiteral("[Info]\nname = \"Kung Fu Man\"\n") << QStringLiteral("2 0 320x240 name:Kung Fu Man");
-        QTest::newRow("an unquoted name") << QStringLiteral("[Info]\nname = Kung Fu Man\n") << QStringLiteral("2 0 320x240 name:Kung");
+        row("no = and a blank line", "[Files]\nsprite kfm.sff\n\nanim = kfm.air\n", "1 0 320x240 anim:kfm.air");
+        row("no = and a comment line", "[Files]\ncmd: kfm.cmd\n; states\nst = kfm.cns\n", "1 0 320x240 st:kfm.cns");
+        row("a line that is no key", "[Files]\n\"odd\"\nsprite = a.sff\n= b\nsound = a.snd\n",
+            "1 0 320x240 spr:a.sff snd:a.snd");
+        row("sections the reading skips",
+            "; head\n[Data]\nlife = 1000\n[Files]\nsprite = a.sff\n[Statedef 0]\nanim = 0\n", "1 0 320x240 spr:a.sff");
+        row("stages/ of a stage", "[BGDef]\nspr = stages/mine.sff\nspr = other.sff\n", "4 0 320x240 spr:mine.sff");
+        row("stages/ with a folder", "[BGDef]\nspr = stages/sub/mine.sff\n", "4 0 320x240 spr:stages/sub/mine.sff");
+        row("the first scene's sprites", "[SceneDef]\nspr = a.sff\n[SceneDef]\nspr = b.sff\n", "2 0 320x240 spr:a.sff");
+        row("a font's file", "[Def]\ntype = bitmap\nfile = f.fnt\n", "8 0 320x240 spr:f.fnt");
+        row("a quoted name", "[Info]\nname = \"Kung Fu Man\"\n", "2 0 320x240 name:Kung Fu Man");
+        row("an unquoted name", "[Info]\nname = Kung Fu Man\n", "2 0 320x240 name:Kung");
     }
 
     void reading()

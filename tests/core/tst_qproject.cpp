@@ -46,23 +46,28 @@ class tst_QProject : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void canCloseAsksEveryStateDocument()
+    void canCloseAsksInOrder_data()
     {
+        QTest::addColumn<QList<bool>>("answers");
+        QTest::addColumn<QStringList>("asked");
+        const QStringList all{QStringLiteral("a.cns"), QStringLiteral("b.st"), QStringLiteral("the definitions"),
+                              QStringLiteral("the sprites and/or palettes"), QStringLiteral("the animations"),
+                              QStringLiteral("the commands"), QStringLiteral("the sounds")};
+        // Every state document is asked although the first refused; after a
+        // refusal among them nothing else is.
+        QTest::newRow("a state refuses") << QList<bool>{false, true} << all.mid(0, 2);
+        // After the states the first refusal ends the questions.
+        QTest::newRow("the sprites refuse") << QList<bool>{true, true, true, false} << all.mid(0, 4);
+        QTest::newRow("all agree") << QList<bool>(7, true) << all;
+    }
+
+    void canCloseAsksInOrder()
+    {
+        QFETCH(QList<bool>, answers);
+        QFETCH(QStringList, asked);
         QProject project(0, true);
         modify(project.addState(QStringLiteral("a.cns")));
         modify(project.addState(QStringLiteral("b.st")));
-        modify(project.definitions());
-        QRecordingUserPrompt prompt;
-        prompt.answer({false, true});
-        QVERIFY(!project.canClose());
-        // Both state documents were asked although the first refused; the
-        // definitions, after a refusal among the states, were not.
-        QCOMPARE(questionTexts(prompt), QStringList({QStringLiteral("a.cns"), QStringLiteral("b.st")}));
-    }
-
-    void canCloseStopsAtTheFirstRefusalAfterTheStates()
-    {
-        QProject project(0, true);
         modify(project.definitions());
         project.sprites()->setModified(true);
         // The animations ask through their text.
@@ -70,17 +75,10 @@ private Q_SLOTS:
         modify(project.commands());
         project.sounds()->setModified(true);
         QRecordingUserPrompt prompt;
-        prompt.answer({true, false});
-        QVERIFY(!project.canClose());
-        QCOMPARE(questionTexts(prompt),
-                 QStringList({QStringLiteral("the definitions"), QStringLiteral("the sprites and/or palettes")}));
-
-        QRecordingUserPrompt yes;
-        yes.answer({true, true, true, true, true});
-        QVERIFY(project.canClose());
-        QCOMPARE(questionTexts(yes), QStringList({QStringLiteral("the definitions"), QStringLiteral("the sprites and/or palettes"),
-                                                  QStringLiteral("the animations"), QStringLiteral("the commands"),
-                                                  QStringLiteral("the sounds")}));
+        for (const bool answer : answers)
+            prompt.answer({answer});
+        QCOMPARE(project.canClose(), !answers.contains(false));
+        QCOMPARE(questionTexts(prompt), asked);
     }
 
     void isBlankLooksAtEveryDocument()
@@ -138,23 +136,6 @@ private Q_SLOTS:
         modify(project.commands());
         QVERIFY(!changed.isEmpty());
         QCOMPARE(changed.last().first().value<QProjectFile *>(), static_cast<QProjectFile *>(project.commands()));
-    }
-
-    void savesAreRefusedWithTheirReasons()
-    {
-        QProject project(0, true);
-        QRecordingUserPrompt prompt;
-        QVERIFY(!project.sprites()->checkSave(QSprites::Version_101));
-        QVERIFY(!project.animations()->checkSave(0));
-        QVERIFY(!project.sounds()->checkSave(0));
-        QVERIFY(project.commands()->checkSave(0));
-        QVERIFY(project.definitions()->checkSave(0));
-        QStringList said;
-        for (const QRecordingUserPrompt::Call &call : std::as_const(prompt.calls))
-            said.append(call.title + QLatin1String(": ") + call.text);
-        QCOMPARE(said, QStringList({QStringLiteral("Save SFF: You can't save an empty SFF because M.U.G.E.N. will not open it."),
-                                    QStringLiteral("Save AIR: You can't save an empty AIR because M.U.G.E.N. will not open it."),
-                                    QStringLiteral("Save SND: You can't save an empty SND because M.U.G.E.N. will not open it.")}));
     }
 };
 

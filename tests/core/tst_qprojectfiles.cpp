@@ -58,15 +58,7 @@ private Q_SLOTS:
         releaseProjectElements();
     }
 
-    void corpusDefinitionsOpen_data()
-    {
-        QTest::addColumn<QString>("def");
-        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.def")});
-        if (files.isEmpty())
-            QSKIP("the corpus isn't there");
-        for (const QString &file : files)
-            QTest::newRow(qPrintable(file.mid(TestSupport::corpusDir().size() + 1))) << file;
-    }
+    void corpusDefinitionsOpen_data() { TestSupport::addCorpusRows({QStringLiteral("*.def")}, "def"); }
 
     void corpusDefinitionsOpen()
     {
@@ -343,17 +335,13 @@ private Q_SLOTS:
 
     void savingWithoutEditsChangesNoFile_data()
     {
-        QTest::addColumn<QString>("def");
-        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.def")});
-        if (files.isEmpty())
-            QSKIP("the corpus isn't there");
+        // The characters: their DEF names sprites.
         static const QRegularExpression character(QStringLiteral("^\\s*sprite\\s*="),
                                                   QRegularExpression::MultilineOption
                                                       | QRegularExpression::CaseInsensitiveOption);
-        for (const QString &file : files) {
-            if (QString::fromLatin1(readFile(file)).contains(character))
-                QTest::newRow(qPrintable(file.mid(TestSupport::corpusDir().size() + 1))) << file;
-        }
+        TestSupport::addCorpusRows({QStringLiteral("*.def")}, "def", [](const QString &file) {
+            return QString::fromLatin1(readFile(file)).contains(character);
+        });
     }
 
     void savingWithoutEditsChangesNoFile()

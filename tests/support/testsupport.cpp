@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QTest>
 
 #include <vector>
 
@@ -27,6 +28,18 @@ QStringList corpusFiles(const QStringList &patterns)
         files.append(it.next());
     files.sort();
     return files;
+}
+
+void addCorpusRows(const QStringList &patterns, const char *column, const std::function<bool(const QString &)> &take)
+{
+    QTest::addColumn<QString>(column);
+    const QStringList files = corpusFiles(patterns);
+    if (files.isEmpty())
+        QSKIP("the corpus isn't there");
+    for (const QString &file : files) {
+        if (!take || take(file))
+            QTest::newRow(qPrintable(QDir(corpusDir()).relativeFilePath(file))) << file;
+    }
 }
 
 QString binDir()

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 /** Helpers shared by the tests. */
 namespace TestSupport {
 
@@ -11,6 +13,14 @@ namespace TestSupport {
 QString corpusDir();
 /** Every file under the corpus whose name matches one of `patterns` (wildcards, any case), sorted. */
 QStringList corpusFiles(const QStringList &patterns);
+/**
+ * Adds the column `column` of a data function and a row for each file of the
+ * corpus that matches one of `patterns` and that `take` accepts (every one
+ * without it), named by its path in the corpus; without the corpus the test
+ * is skipped.
+ */
+void addCorpusRows(const QStringList &patterns, const char *column = "file",
+                   const std::function<bool(const QString &)> &take = {});
 /** The folder of the programs and their data. */
 QString binDir();
 /** The whole content of a file; empty if it can't be read. */
