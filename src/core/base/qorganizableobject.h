@@ -13,6 +13,17 @@ class QOrganizableObject : public QAbstractListModel
 public:
     using QAbstractListModel::QAbstractListModel;
 
+    /**
+     * Opens one undo step around a change of many rows (`rows`, the rows
+     * the user selected), so that moving or deleting them is undone at
+     * once. Closed by endOrganize(); the two pair up, and nest.
+     */
+    virtual void beginOrganize(const QList<int> &rows)
+    {
+        Q_UNUSED(rows)
+    }
+    virtual void endOrganize() {}
+
 public Q_SLOTS:
     /** Deletes the row `index`; nothing for a row out of range. */
     virtual void remove(int index) = 0;

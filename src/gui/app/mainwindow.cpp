@@ -1,13 +1,16 @@
 #include "mainwindow.h"
 
 #include "qinterface.h"
+#include "qorganizereditor.h"
 
 #include "core/app/qproject.h"
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
 #include "core/text/qmugensyntaxproperties.h"
 
+#include <QDockWidget>
 #include <QEvent>
+#include <QListView>
 #include <QMenuBar>
 
 MainWindow::MainWindow(bool firstInstance, QWidget *parent)
@@ -19,7 +22,8 @@ MainWindow::MainWindow(bool firstInstance, QWidget *parent)
     mugenSyntax->load(applicationDir() + QStringLiteral("/syntax_mugen.xml"));
     // The kinds of lines that text documents recognise, process-wide.
     registerProjectElements();
-    mainInterface = new QInterface(this);
+    mainInterface = new QInterface(this, actions, actList);
+    mainInterface->addExtraEditor(new QOrganizerEditor(mainInterface));
     mainInterface->start(firstInstance);
 }
 
@@ -53,6 +57,22 @@ void MainWindow::setupUi()
     central->setObjectName(QStringLiteral("centralWidget"));
     setCentralWidget(central);
 
+    // Only movable, at the left or the right; its width is the user's to change.
+    actions = new QDockWidget(this);
+    actions->setObjectName(QStringLiteral("actions"));
+    actions->setFeatures(QDockWidget::DockWidgetMovable);
+    actions->setAllowedAreas(Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea);
+    actList = new QListView(actions);
+    actList->setObjectName(QStringLiteral("actList"));
+    actList->setMinimumWidth(100);
+    actList->setMaximumWidth(480);
+    actList->setMinimumHeight(352);
+    actList->setUniformItemSizes(true);
+    actList->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    actions->setWidget(actList);
+    addDockWidget(Qt::RightDockWidgetArea, actions);
+    resizeDocks({actions}, {160}, Qt::Horizontal);
+
     if (configuration) {
         resize(configuration->config[QStringLiteral("window_width")].toInt(),
                configuration->config[QStringLiteral("window_height")].toInt());
@@ -68,6 +88,9 @@ void MainWindow::retranslate()
     menuView->setTitle(tr("View"));
     menuTools->setTitle(tr("Tools"));
     menuHelp->setTitle(tr("Help"));
+    actions->setWindowTitle(tr("Action list"));
+    if (mainInterface)
+        mainInterface->retranslate();
 }
 
 void MainWindow::changeEvent(QEvent *event)

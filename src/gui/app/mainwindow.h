@@ -2,12 +2,15 @@
 
 #include <QMainWindow>
 
+class QDockWidget;
+class QListView;
 class QMenu;
 
 /**
  * The shell of the program's window: the menu bar with the Project, Edit,
- * View, Tools and Help menus over the central area. Its controller is
- * QInterface, created here and deleted first when the window goes.
+ * View, Tools and Help menus over the central area, and the action list
+ * beside it. Its controller is QInterface, created here and deleted first
+ * when the window goes.
  */
 class MainWindow : public QMainWindow
 {
@@ -24,6 +27,9 @@ public:
     QMenu *menuView;
     QMenu *menuTools;
     QMenu *menuHelp;
+    /** The "Action list" beside the window: the commands of the current editor. */
+    QDockWidget *actions;
+    QListView *actList;
 
 public Q_SLOTS:
     /** Sets every text of the window again in the current language. */

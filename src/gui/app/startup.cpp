@@ -2,9 +2,14 @@
 
 #include "mainwindow.h"
 #include "qguiuserprompt.h"
+#include "qiconsetmanager.h"
+#include "qlanguagemanager.h"
+#include "qpresetmanager.h"
+#include "qstylesheetmanager.h"
 
 #include "core/base/apppaths.h"
 #include "core/base/qcodepages.h"
+#include "core/base/qcolorsetmanager.h"
 #include "core/base/qhandover.h"
 #include "core/base/qmugenmodel.h"
 #include "core/base/qsyntaxformats.h"
@@ -13,6 +18,7 @@
 #include <QFile>
 #include <QSplashScreen>
 #include <QThread>
+#include <QTimer>
 
 #include <memory>
 
@@ -36,6 +42,25 @@ StartDecision decideStart(const QStringList &arguments, bool firstInstance)
 
 namespace {
 
+/**
+ * KESTRADA_GRAB=FILE.png[,SECONDS]: a picture of the window after that many
+ * seconds (3 by default), while the program goes on running. It is how the
+ * window's look is checked on a machine without a person in front of it.
+ */
+void scheduleGrab(QWidget *window)
+{
+    const QString request = qEnvironmentVariable("KESTRADA_GRAB");
+    if (request.isEmpty())
+        return;
+    const QString file = request.section(QLatin1Char(','), 0, 0);
+    bool given = false;
+    const double seconds = request.section(QLatin1Char(','), 1, 1).toDouble(&given);
+    QTimer::singleShot(int((given ? seconds : 3.0) * 1000), window, [window, file] {
+        if (!window->grab().save(file))
+            qWarning("KESTRADA_GRAB: can't write %s", qPrintable(file));
+    });
+}
+
 void runPaletteEditor()
 {
     // TODO: apply the language and preset, then run the palette editor as
@@ -55,6 +80,7 @@ int runMainWindow(bool firstInstance)
     {
         MainWindow window(firstInstance);
         window.show();
+        scheduleGrab(&window);
         delete splash;
         code = QApplication::exec();
     }
@@ -74,6 +100,17 @@ int kestradaMain(int argc, char **argv)
     QUserPrompt *previousPrompt = userPrompt;
     userPrompt = &prompt;
 
+    QGuiUserDialogs dialogs;
+    QUserDialogs *previousDialogs = userDialogs;
+    userDialogs = &dialogs;
+
+    // The process-wide managers, in this order; what they find beside the
+    // program (and in the user's own data folders) is all they know.
+    presets = new QPresetManager(QDataFolder::named(QStringLiteral("presets")));
+    iconsets = new QIconsetManager(QDataFolder::named(QStringLiteral("iconsets")));
+    stylesheets = new QStylesheetManager(QDataFolder::named(QStringLiteral("styles")));
+    languages = new QLanguageManager(&application, applicationDir() + QStringLiteral("/languages"));
+    colorsets = new QColorsetManager(QDataFolder::named(QStringLiteral("colorsets")));
     syntaxFormats = new QSyntaxFormats;
     configuration = new QMugenModel;
     configuration->load(settingsFileForRead(QStringLiteral("config.xml")));
@@ -95,10 +132,21 @@ int kestradaMain(int argc, char **argv)
     if (decision.showWindow)
         code = runMainWindow(lock.isFirst());
 
+    delete presets;
+    presets = nullptr;
     delete configuration;
     configuration = nullptr;
     delete syntaxFormats;
     syntaxFormats = nullptr;
+    delete colorsets;
+    colorsets = nullptr;
+    delete stylesheets;
+    stylesheets = nullptr;
+    delete iconsets;
+    iconsets = nullptr;
+    delete languages;
+    languages = nullptr;
+    userDialogs = previousDialogs;
     userPrompt = previousPrompt;
     return code;
 }
