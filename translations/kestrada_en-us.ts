@@ -3497,11 +3497,16 @@ For the current SFF version, the image will be converted to indexed with an opti
     </message>
     <message>
         <location line="+1"/>
-        <source>Add the colors to the palettes of the sprites, at a group and index you choose</source>
+        <source>Store the colors in the sprite file as the palette of a group and index you choose</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+1"/>
+        <location line="+16"/>
+        <source>Erase with the right color; with the right button, only over pixels of the left color</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-15"/>
         <source>Write the colors into the palette chosen on the palette slider</source>
         <translation type="unfinished"></translation>
     </message>
@@ -3576,12 +3581,7 @@ For the current SFF version, the image will be converted to indexed with an opti
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+1"/>
-        <source>Paint the pixels with the right color, or only the pixels of the left color</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <location line="+1"/>
+        <location line="+2"/>
         <source>Paint over pixels of chosen colors with other colors</source>
         <translation type="unfinished"></translation>
     </message>
