@@ -17,3 +17,8 @@ set_source_files_properties(${fixture_ts} PROPERTIES
     OUTPUT_LOCATION "${CMAKE_BINARY_DIR}/tests/translation-fixtures")
 qt_add_lrelease(tst_qtranslationunit TS_FILES ${fixture_ts} OPTIONS -silent NO_GLOBAL_TARGET)
 add_dependencies(tst_qtranslationunit kestrada-data)
+kestrada_add_gui_test(qactionmanager)
+kestrada_add_gui_test(frame)
+kestrada_add_gui_test(appearance)
+kestrada_add_gui_test(appdata)
+add_dependencies(tst_appdata kestrada-data)

@@ -1,6 +1,7 @@
 #include "mainwindow.h"
 
 #include "qinterface.h"
+#include "qlanguagemanager.h"
 #include "qorganizereditor.h"
 
 #include "core/app/qproject.h"
@@ -22,6 +23,8 @@ MainWindow::MainWindow(bool firstInstance, QWidget *parent)
     mugenSyntax->load(applicationDir() + QStringLiteral("/syntax_mugen.xml"));
     // The kinds of lines that text documents recognise, process-wide.
     registerProjectElements();
+    if (languages)
+        connect(languages, &QLanguageManager::langChanged, this, &MainWindow::retranslate);
     mainInterface = new QInterface(this, actions, actList);
     mainInterface->addExtraEditor(new QOrganizerEditor(mainInterface));
     mainInterface->start(firstInstance);

@@ -473,6 +473,7 @@ void QInterface::refreshEditors()
     }
     // Everything was let go of: the choice below brings the editor, its
     // workspace and the extra editor back up with their connections.
+    m_currentEditor = QInterfaceIds::NoEditor;
     m_currentWorkspace = QInterfaceIds::NoWorkspace;
     makeExtraCurrent(m_currentExtra);
     projTypeChanged(m_current);
@@ -494,7 +495,12 @@ void QInterface::applyConfig()
         editor->applyConfig();
     for (QInterfaceWorkspace *workspace : std::as_const(m_workspaces))
         workspace->applyConfig();
-    chooseEditor();
+    // A preset shows the actions it places; those of editors the project
+    // has no documents for hide again.
+    if (m_current)
+        projTypeChanged(m_current);
+    else
+        chooseEditor();
     // The preset may have rebuilt the layouts: show them again.
     layoutPanels();
 }

@@ -11,6 +11,21 @@ class QAction;
 class QToolButton;
 class QTranslationUnit;
 
+/** What some kinds of controls need to be built. */
+struct QControlParameters
+{
+    /** Range and step of the spin boxes (kinds 5 and 6). */
+    double minimum = -99999;
+    double maximum = 99999;
+    double step = 1;
+    /** The title ids of the items of a combo box (kinds 8 and 9). */
+    QList<int> items;
+    /** Kind 10: icon or list mode, uniform item sizes, extended (multi) selection. */
+    QListView::ViewMode viewMode = QListView::ListMode;
+    bool uniformSizes = false;
+    bool multiSelection = false;
+};
+
 /**
  * A named thing that a preset can place in a panel: an action as a tool
  * button, or a widget of one of the kinds below. Editors declare controls
@@ -40,19 +55,7 @@ public:
     static constexpr int NoTitle = 346;
 
     /** What some kinds need to be built. */
-    struct Parameters
-    {
-        /** Range and step of the spin boxes (kinds 5 and 6). */
-        double minimum = -99999;
-        double maximum = 99999;
-        double step = 1;
-        /** The title ids of the items of a combo box (kinds 8 and 9). */
-        QList<int> items;
-        /** Kind 10: icon or list mode, uniform item sizes, extended (multi) selection. */
-        QListView::ViewMode viewMode = QListView::ListMode;
-        bool uniformSizes = false;
-        bool multiSelection = false;
-    };
+    using Parameters = QControlParameters;
 
     QInterfaceControl(int kind, int titleId, const Parameters &parameters = Parameters());
     virtual ~QInterfaceControl();

@@ -1,0 +1,335 @@
+#include "core/app/qproject.h"
+#include "core/base/apppaths.h"
+#include "core/base/qmugenmodel.h"
+#include "core/base/qprojecttypes.h"
+#include "gui/app/qinterface.h"
+#include "gui/app/qinterfacecontrol.h"
+#include "gui/app/qorganizereditor.h"
+#include "gui/app/qpresetmanager.h"
+#include "testsupport.h"
+
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QSpinBox>
+#include <QStackedLayout>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+
+namespace {
+
+/** A workspace that only says what is done to it. */
+class LogWorkspace : public QInterfaceWorkspace
+{
+public:
+    LogWorkspace(int id, QStringList *log)
+        : m_id(id)
+        , m_log(log)
+    {
+    }
+    int id() const override { return m_id; }
+    const char *nameKey() const override { return m_id == 0 ? "text" : "animsprites"; }
+    QWidget *widget() override { return &m_widget; }
+    void activate() override
+    {
+        QInterfaceWorkspace::activate();
+        say(QStringLiteral("activate"));
+    }
+    void deactivate() override
+    {
+        QInterfaceWorkspace::deactivate();
+        say(QStringLiteral("deactivate"));
+    }
+    void applyConfig() override {}
+    void setProject(QProject *) override { say(QStringLiteral("setProject")); }
+    void retranslate(QTranslationUnit *) override {}
+
+private:
+    void say(const QString &what) { m_log->append(QStringLiteral("W%1.%2").arg(m_id).arg(what)); }
+
+    int m_id;
+    QStringList *m_log;
+    QWidget m_widget;
+};
+
+/**
+ * An editor that only says what is done to it, with one command ("add"),
+ * one spin box control and a menu, as a real editor declares them.
+ */
+class LogEditor : public QInterfaceEditor
+{
+    Q_OBJECT
+
+public:
+    LogEditor(QInterface *ui, int id, int workspace, int mask, QStringList *log)
+        : m_id(id)
+        , m_workspace(workspace)
+        , m_mask(mask)
+        , m_log(log)
+        , m_name(QStringLiteral("editor_test%1").arg(id).toLatin1())
+        , m_panel(QStringLiteral("test%1").arg(id).toLatin1())
+        , m_menu(new QMenu(ui->mainWindow()->menuBar()))
+    {
+        m_menu->setTitle(QStringLiteral("Test %1").arg(id));
+        add = ui->actions().addAction({id}, QStringLiteral("test_add_%1").arg(id), 74, false, this, &LogEditor::onAdd);
+        m_menu->addAction(add);
+        ui->insertMenu(m_menu);
+        ui->addControl(QStringLiteral("test_add_%1").arg(id), new QInterfaceControlAction(add));
+        ui->addControl(QStringLiteral("test_spin_%1").arg(id),
+                       new QInterfaceControlWidget(QInterfaceControl::SpinBox, 91, this, nullptr, nullptr));
+    }
+
+    int id() const override { return m_id; }
+    const char *nameKey() const override { return m_name.constData(); }
+    const char *panelKey() const override { return m_panel.constData(); }
+    bool isModified() const override { return false; }
+    QMenu *menu() const override { return m_menu; }
+    int panelFlags() const override { return QInterfaceIds::LeftPanel | QInterfaceIds::RightPanel; }
+    int workspaceId() const override { return m_workspace; }
+    QProjectFileType fileType() const override { return QProjectFileType(m_id); }
+    void activate(bool show) override
+    {
+        QInterfaceEditor::activate(show);
+        say(QStringLiteral("activate(%1)").arg(show));
+    }
+    void deactivate() override
+    {
+        QInterfaceEditor::deactivate();
+        say(QStringLiteral("deactivate"));
+    }
+    void applyConfig() override {}
+    int projectMask() const override { return m_mask; }
+    void setProject(QProject *) override { say(QStringLiteral("setProject")); }
+    int titleId() const override { return 221; }
+    void retranslate(QTranslationUnit *) override {}
+
+    void clear() override { ensureCurrent(); }
+    void open() override {}
+    void save() override {}
+    void saveAs() override {}
+    void undo() override { say(QStringLiteral("undo")); }
+    void redo() override {}
+    void cut() override {}
+    void copy() override {}
+    void paste() override {}
+    void find(const QString &, const QQuickFindOptions &) override {}
+    void replace(const QString &, const QString &, const QQuickFindOptions &, bool) override {}
+
+    QAction *add;
+
+private:
+    void onAdd() { say(QStringLiteral("add")); }
+    void say(const QString &what) { m_log->append(QStringLiteral("E%1.%2").arg(m_id).arg(what)); }
+
+    int m_id;
+    int m_workspace;
+    int m_mask;
+    QStringList *m_log;
+    QByteArray m_name;
+    QByteArray m_panel;
+    QMenu *m_menu;
+};
+
+const char presetText[] = R"(<!DOCTYPE ZNLPresetML>
+<preset panel-metric="200,4,26">
+    <toolbar name="main" iconsize="16">
+        <button name="editor_test1"/>
+        <button name="editor_test3"/>
+        <button name="editor_test5"/>
+        <separator/>
+        <button name="edit_undo"/>
+    </toolbar>
+    <toolbar name="test5"><button name="test_add_5"/></toolbar>
+    <panel name="test5">
+        <control name="test_add_5" position="0,40" size="24,24" flat="true"/>
+        <control name="test_add_5" position="30,40"/>
+        <control name="test_spin_5" position="0,80"/>
+        <control name="no_such_control" position="0,0"/>
+    </panel>
+    <panel name="nowhere"><control name="test_spin_1"/></panel>
+</preset>
+)";
+
+} // namespace
+
+class tst_Frame : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QMugenModel m_configuration;
+    QPresetManager *m_presets = nullptr;
+
+    /** A window with the menus of the program, two workspaces, editors 1, 3 and 5, and the organizer. */
+    struct Frame
+    {
+        QMainWindow window;
+        QStringList log;
+        QInterface *ui;
+        LogEditor *editors[6] = {};
+
+        Frame()
+        {
+            for (const char *menu : {"menuFile", "menuEdit", "menuView", "menuTools", "menuHelp"})
+                window.menuBar()->addMenu(QLatin1String(menu))->setObjectName(QLatin1String(menu));
+            ui = new QInterface(&window);
+            mainInterface = ui;
+            ui->addWorkspace(new LogWorkspace(0, &log));
+            ui->addWorkspace(new LogWorkspace(1, &log));
+            for (int id : {1, 3, 5}) {
+                editors[id] = new LogEditor(ui, id, id == 3 ? 0 : 1, id == 3 ? Character : 15, &log);
+                ui->addEditor(editors[id]);
+            }
+            ui->addExtraEditor(new QOrganizerEditor(ui));
+            ui->start(false);
+            window.show();
+            log.clear();
+        }
+        ~Frame()
+        {
+            delete ui;
+            mainInterface = nullptr;
+        }
+    };
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        configuration = &m_configuration;
+        m_configuration.config[QStringLiteral("preset")] = QStringLiteral("Test");
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("presets/Test.xml")), presetText));
+        m_presets = new QPresetManager(QDataFolder(m_dir.filePath(QStringLiteral("presets"))));
+        presets = m_presets;
+    }
+
+    void init()
+    {
+        // Each frame starts without the bindings an earlier one saved.
+        QFile::remove(settingsFileForWrite(QStringLiteral("shortcuts.xml")));
+    }
+
+    void cleanupTestCase()
+    {
+        QFile::remove(settingsFileForWrite(QStringLiteral("shortcuts.xml")));
+        presets = nullptr;
+        delete m_presets;
+        configuration = nullptr;
+    }
+
+    void callOrder()
+    {
+        Frame f;
+        // A new project: every workspace, editor and extra editor follows it,
+        // in that order, then the current editor comes back up.
+        f.ui->newProject(false);
+        QCOMPARE(f.log, QStringList({
+            QStringLiteral("W0.deactivate"), QStringLiteral("W0.setProject"),
+            QStringLiteral("W1.deactivate"), QStringLiteral("W1.setProject"),
+            QStringLiteral("E1.deactivate"), QStringLiteral("E1.setProject"), QStringLiteral("E1.activate(0)"),
+            QStringLiteral("E3.deactivate"), QStringLiteral("E3.setProject"), QStringLiteral("E3.activate(0)"),
+            QStringLiteral("E5.deactivate"), QStringLiteral("E5.setProject"), QStringLiteral("E5.activate(0)"),
+            QStringLiteral("W1.activate"), QStringLiteral("E1.activate(1)")}));
+        QCOMPARE(f.ui->currentEditorId(), 1);
+
+        // To an editor of the other workspace, and to one of the same.
+        f.log.clear();
+        f.ui->makeCurrent(3);
+        f.ui->makeCurrent(5);
+        QCOMPARE(f.log, QStringList({QStringLiteral("E1.deactivate"), QStringLiteral("W1.deactivate"),
+                                     QStringLiteral("W0.activate"), QStringLiteral("E3.activate(1)"),
+                                     QStringLiteral("E3.deactivate"), QStringLiteral("W0.deactivate"),
+                                     QStringLiteral("W1.activate"), QStringLiteral("E5.activate(1)")}));
+        QCOMPARE(f.ui->actions().list().action(0), f.editors[5]->add);
+
+        // Undo reaches the current editor alone; so does a key two editors share.
+        f.log.clear();
+        f.ui->actions().action(QStringLiteral("edit_undo"))->trigger();
+        for (int id : {1, 5})
+            QVERIFY(f.ui->actions().setShortcut(f.editors[id]->add, QKeySequence(Qt::Key_Insert)));
+        f.window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&f.window));
+        QTest::keyClick(&f.window, Qt::Key_Insert);
+        QCOMPARE(f.log, QStringList({QStringLiteral("E5.undo"), QStringLiteral("E5.add")}));
+
+        // A file command of an editor that isn't current makes it current.
+        f.editors[1]->clear();
+        QCOMPARE(f.ui->currentEditorId(), 1);
+    }
+
+    void aStageHidesWhatItHasNoDocumentFor()
+    {
+        Frame f;
+        f.ui->makeCurrent(3);
+        QVERIFY(f.editors[3]->menu()->menuAction()->isVisible());
+        f.ui->currentProject()->setType(Stage);
+        f.ui->projTypeChanged(f.ui->currentProject());
+        QVERIFY(!f.editors[3]->menu()->menuAction()->isVisible());
+        QVERIFY(!f.ui->actions().action(QStringLiteral("editor_test3"))->isVisible());
+        // The commands editor was current: the first editor left takes over.
+        QCOMPARE(f.ui->currentEditorId(), 1);
+        // The menus of editors stand before Tools and Help.
+        const QList<QAction *> menus = f.window.menuBar()->actions();
+        QCOMPARE(menus.at(menus.size() - 3), f.editors[5]->menu()->menuAction());
+    }
+
+    void presetsPlaceControls()
+    {
+        Frame f;
+        f.ui->makeCurrent(5);
+        QWidget *page = f.ui->panelPage(true, QStringLiteral("test5"));
+        QVERIFY(page);
+        // One action placed twice: two buttons, enabled and disabled with it.
+        const QList<QToolButton *> buttons = page->findChildren<QToolButton *>();
+        QCOMPARE(buttons.size(), 2);
+        QVERIFY(buttons.first()->autoRaise());
+        QCOMPARE(buttons.first()->size(), QSize(24, 24));
+        f.editors[5]->add->setEnabled(false);
+        QVERIFY(!buttons.first()->isEnabled() && !buttons.last()->isEnabled());
+        // The panel's metric, and a spin box without a size at its own size.
+        QCOMPARE(f.ui->leftPanel()->minimumWidth(), 200);
+        auto *spin = qobject_cast<QSpinBox *>(f.ui->control(QStringLiteral("test_spin_5")));
+        QVERIFY(spin && spin->parentWidget() == page);
+        QCOMPARE(spin->size(), spin->sizeHint());
+        QVERIFY(f.ui->editorToolbar()->isVisible());
+        QVERIFY(f.ui->leftPanel()->isVisible());
+
+        // Applying the preset again rebuilds the panels; the spin box keeps its value.
+        spin->setValue(42);
+        f.ui->applyConfig();
+        QCOMPARE(page->findChildren<QToolButton *>().size(), 2);
+        QCOMPARE(spin->parentWidget(), page);
+        QCOMPARE(spin->value(), 42);
+
+        // A preset that isn't there leaves every control out of the panels.
+        m_configuration.config[QStringLiteral("preset")] = QStringLiteral("Missing");
+        f.ui->applyConfig();
+        m_configuration.config[QStringLiteral("preset")] = QStringLiteral("Test");
+        QVERIFY(page->findChildren<QToolButton *>().isEmpty());
+        QCOMPARE(spin->parentWidget(), nullptr);
+        QVERIFY(!spin->isVisible());
+        QVERIFY(!f.ui->editorToolbar()->isVisible());
+    }
+
+    void panelsFollowTheViewActions()
+    {
+        Frame f;
+        f.ui->makeCurrent(5);
+        QAction *left = f.ui->actions().action(QStringLiteral("view_left_panel"));
+        QAction *organizer = f.ui->actions().action(QStringLiteral("view_organizer"));
+        left->setChecked(false);
+        QVERIFY(!f.ui->leftPanel()->isVisible());
+        left->setChecked(true);
+        QVERIFY(f.ui->leftPanel()->isVisible());
+        organizer->setChecked(true);
+        QCOMPARE(f.ui->currentExtraId(), int(QInterfaceIds::Organizer));
+        QVERIFY(f.ui->rightPanel()->isVisible());
+        organizer->setChecked(false);
+        QCOMPARE(f.ui->currentExtraId(), int(QInterfaceIds::NoExtra));
+        QVERIFY(!f.ui->rightPanel()->isVisible());
+        QCOMPARE(m_configuration.config.value(QStringLiteral("show_organizer")).toBool(), false);
+    }
+};
+
+QTEST_MAIN(tst_Frame)
+#include "tst_frame.moc"
