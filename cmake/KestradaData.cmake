@@ -21,11 +21,17 @@ foreach(file IN LISTS KESTRADA_DATA_FILES)
     endif()
     list(APPEND KESTRADA_DATA_OUTPUTS "${out}")
 endforeach()
-add_custom_target(kestrada-data ALL DEPENDS ${KESTRADA_DATA_OUTPUTS})
 
 # Installed the same way: data folders beside the executables.
 include(GNUInstallDirs)
 set(KESTRADA_INSTALL_DIR "${CMAKE_INSTALL_LIBDIR}/kestrada")
+
+# Only the program shows icons: the iconsets take theirs from the icon theme.
+if(KESTRADA_BUILD_GUI)
+    include(${CMAKE_CURRENT_LIST_DIR}/KestradaIconsets.cmake)
+endif()
+
+add_custom_target(kestrada-data ALL DEPENDS ${KESTRADA_DATA_OUTPUTS})
 if(EXISTS "${CMAKE_SOURCE_DIR}/data")
     install(DIRECTORY "${CMAKE_SOURCE_DIR}/data/" DESTINATION "${KESTRADA_INSTALL_DIR}")
 endif()
