@@ -22,3 +22,9 @@ kestrada_add_gui_test(frame)
 kestrada_add_gui_test(appearance)
 kestrada_add_gui_test(appdata)
 add_dependencies(tst_appdata kestrada-data)
+
+# The frame with stand-in editors, to look at and to drive by hand.
+add_executable(kestrada-framedemo "${CMAKE_CURRENT_LIST_DIR}/framedemo.cpp" "${CMAKE_CURRENT_LIST_DIR}/logeditor.h")
+target_link_libraries(kestrada-framedemo PRIVATE kestrada-gui)
+target_include_directories(kestrada-framedemo PRIVATE "${CMAKE_CURRENT_LIST_DIR}")
+add_dependencies(kestrada-framedemo kestrada-data)

@@ -3,7 +3,7 @@
 #include "core/base/qmugenmodel.h"
 #include "core/base/qprojecttypes.h"
 #include "gui/app/qinterface.h"
-#include "gui/app/qinterfacecontrol.h"
+#include "logeditor.h"
 #include "gui/app/qorganizereditor.h"
 #include "gui/app/qpresetmanager.h"
 #include "testsupport.h"
@@ -18,129 +18,17 @@
 
 namespace {
 
-/** A workspace that only says what is done to it. */
-class LogWorkspace : public QInterfaceWorkspace
-{
-public:
-    LogWorkspace(int id, QStringList *log)
-        : m_id(id)
-        , m_log(log)
-    {
-    }
-    int id() const override { return m_id; }
-    const char *nameKey() const override { return m_id == 0 ? "text" : "animsprites"; }
-    QWidget *widget() override { return &m_widget; }
-    void activate() override
-    {
-        QInterfaceWorkspace::activate();
-        say(QStringLiteral("activate"));
-    }
-    void deactivate() override
-    {
-        QInterfaceWorkspace::deactivate();
-        say(QStringLiteral("deactivate"));
-    }
-    void applyConfig() override {}
-    void setProject(QProject *) override { say(QStringLiteral("setProject")); }
-    void retranslate(QTranslationUnit *) override {}
-
-private:
-    void say(const QString &what) { m_log->append(QStringLiteral("W%1.%2").arg(m_id).arg(what)); }
-
-    int m_id;
-    QStringList *m_log;
-    QWidget m_widget;
-};
-
-/**
- * An editor that only says what is done to it, with one command ("add"),
- * one spin box control and a menu, as a real editor declares them.
- */
-class LogEditor : public QInterfaceEditor
-{
-    Q_OBJECT
-
-public:
-    LogEditor(QInterface *ui, int id, int workspace, int mask, QStringList *log)
-        : m_id(id)
-        , m_workspace(workspace)
-        , m_mask(mask)
-        , m_log(log)
-        , m_name(QStringLiteral("editor_test%1").arg(id).toLatin1())
-        , m_panel(QStringLiteral("test%1").arg(id).toLatin1())
-        , m_menu(new QMenu(ui->mainWindow()->menuBar()))
-    {
-        m_menu->setTitle(QStringLiteral("Test %1").arg(id));
-        add = ui->actions().addAction({id}, QStringLiteral("test_add_%1").arg(id), 74, false, this, &LogEditor::onAdd);
-        m_menu->addAction(add);
-        ui->insertMenu(m_menu);
-        ui->addControl(QStringLiteral("test_add_%1").arg(id), new QInterfaceControlAction(add));
-        ui->addControl(QStringLiteral("test_spin_%1").arg(id),
-                       new QInterfaceControlWidget(QInterfaceControl::SpinBox, 91, this, nullptr, nullptr));
-    }
-
-    int id() const override { return m_id; }
-    const char *nameKey() const override { return m_name.constData(); }
-    const char *panelKey() const override { return m_panel.constData(); }
-    bool isModified() const override { return false; }
-    QMenu *menu() const override { return m_menu; }
-    int panelFlags() const override { return QInterfaceIds::LeftPanel | QInterfaceIds::RightPanel; }
-    int workspaceId() const override { return m_workspace; }
-    QProjectFileType fileType() const override { return QProjectFileType(m_id); }
-    void activate(bool show) override
-    {
-        QInterfaceEditor::activate(show);
-        say(QStringLiteral("activate(%1)").arg(show));
-    }
-    void deactivate() override
-    {
-        QInterfaceEditor::deactivate();
-        say(QStringLiteral("deactivate"));
-    }
-    void applyConfig() override {}
-    int projectMask() const override { return m_mask; }
-    void setProject(QProject *) override { say(QStringLiteral("setProject")); }
-    int titleId() const override { return 221; }
-    void retranslate(QTranslationUnit *) override {}
-
-    void clear() override { ensureCurrent(); }
-    void open() override {}
-    void save() override {}
-    void saveAs() override {}
-    void undo() override { say(QStringLiteral("undo")); }
-    void redo() override {}
-    void cut() override {}
-    void copy() override {}
-    void paste() override {}
-    void find(const QString &, const QQuickFindOptions &) override {}
-    void replace(const QString &, const QString &, const QQuickFindOptions &, bool) override {}
-
-    QAction *add;
-
-private:
-    void onAdd() { say(QStringLiteral("add")); }
-    void say(const QString &what) { m_log->append(QStringLiteral("E%1.%2").arg(m_id).arg(what)); }
-
-    int m_id;
-    int m_workspace;
-    int m_mask;
-    QStringList *m_log;
-    QByteArray m_name;
-    QByteArray m_panel;
-    QMenu *m_menu;
-};
-
 const char presetText[] = R"(<!DOCTYPE ZNLPresetML>
 <preset panel-metric="200,4,26">
     <toolbar name="main" iconsize="16">
-        <button name="editor_test1"/>
-        <button name="editor_test3"/>
-        <button name="editor_test5"/>
+        <button name="editor_sff"/>
+        <button name="editor_cmd"/>
+        <button name="editor_snd"/>
         <separator/>
         <button name="edit_undo"/>
     </toolbar>
-    <toolbar name="test5"><button name="test_add_5"/></toolbar>
-    <panel name="test5">
+    <toolbar name="sounds"><button name="test_add_5"/></toolbar>
+    <panel name="sounds">
         <control name="test_add_5" position="0,40" size="24,24" flat="true"/>
         <control name="test_add_5" position="30,40"/>
         <control name="test_spin_5" position="0,80"/>
@@ -178,7 +66,8 @@ private:
             ui->addWorkspace(new LogWorkspace(0, &log));
             ui->addWorkspace(new LogWorkspace(1, &log));
             for (int id : {1, 3, 5}) {
-                editors[id] = new LogEditor(ui, id, id == 3 ? 0 : 1, id == 3 ? Character : 15, &log);
+                const QString add = QStringLiteral("test_add_%1").arg(id);
+                editors[id] = new LogEditor(ui, id, id == 3 ? 0 : 1, id == 3 ? Character : 15, &log, {{add, 74}});
                 ui->addEditor(editors[id]);
             }
             ui->addExtraEditor(new QOrganizerEditor(ui));
@@ -250,7 +139,7 @@ private Q_SLOTS:
         f.window.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&f.window));
         QTest::keyClick(&f.window, Qt::Key_Insert);
-        QCOMPARE(f.log, QStringList({QStringLiteral("E5.undo"), QStringLiteral("E5.add")}));
+        QCOMPARE(f.log, QStringList({QStringLiteral("E5.undo"), QStringLiteral("E5.test_add_5")}));
 
         // A file command of an editor that isn't current makes it current.
         f.editors[1]->clear();
@@ -265,7 +154,7 @@ private Q_SLOTS:
         f.ui->currentProject()->setType(Stage);
         f.ui->projTypeChanged(f.ui->currentProject());
         QVERIFY(!f.editors[3]->menu()->menuAction()->isVisible());
-        QVERIFY(!f.ui->actions().action(QStringLiteral("editor_test3"))->isVisible());
+        QVERIFY(!f.ui->actions().action(QStringLiteral("editor_cmd"))->isVisible());
         // The commands editor was current: the first editor left takes over.
         QCOMPARE(f.ui->currentEditorId(), 1);
         // The menus of editors stand before Tools and Help.
@@ -277,7 +166,7 @@ private Q_SLOTS:
     {
         Frame f;
         f.ui->makeCurrent(5);
-        QWidget *page = f.ui->panelPage(true, QStringLiteral("test5"));
+        QWidget *page = f.ui->panelPage(true, QStringLiteral("sounds"));
         QVERIFY(page);
         // One action placed twice: two buttons, enabled and disabled with it.
         const QList<QToolButton *> buttons = page->findChildren<QToolButton *>();

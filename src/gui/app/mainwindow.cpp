@@ -14,7 +14,7 @@
 #include <QListView>
 #include <QMenuBar>
 
-MainWindow::MainWindow(bool firstInstance, QWidget *parent)
+MainWindow::MainWindow(bool firstInstance, const EditorSetup &editors, QWidget *parent)
     : QMainWindow(parent)
 {
     setupUi();
@@ -26,8 +26,13 @@ MainWindow::MainWindow(bool firstInstance, QWidget *parent)
     if (languages)
         connect(languages, &QLanguageManager::langChanged, this, &MainWindow::retranslate);
     mainInterface = new QInterface(this, actions, actList);
-    mainInterface->addExtraEditor(new QOrganizerEditor(mainInterface));
+    (editors ? editors : addEditors)(mainInterface);
     mainInterface->start(firstInstance);
+}
+
+void MainWindow::addEditors(QInterface *ui)
+{
+    ui->addExtraEditor(new QOrganizerEditor(ui));
 }
 
 MainWindow::~MainWindow()
@@ -70,7 +75,10 @@ void MainWindow::setupUi()
     actList->setMinimumWidth(100);
     actList->setMaximumWidth(480);
     actList->setMinimumHeight(352);
-    actList->setUniformItemSizes(true);
+    // The tips are the texts of the list: whole sentences, wrapped.
+    actList->setWordWrap(true);
+    actList->setTextElideMode(Qt::ElideNone);
+    actList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     actList->setEditTriggers(QAbstractItemView::NoEditTriggers);
     actions->setWidget(actList);
     addDockWidget(Qt::RightDockWidgetArea, actions);

@@ -2,8 +2,11 @@
 
 #include <QMainWindow>
 
+#include <functional>
+
 class QDockWidget;
 class QListView;
+class QInterface;
 class QMenu;
 
 /**
@@ -17,8 +20,17 @@ class MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
-    /** `firstInstance` decides whether this window receives files from other instances. */
-    explicit MainWindow(bool firstInstance, QWidget *parent = nullptr);
+    /** Adds the workspaces, editors and extra editors to a new interface, in their order. */
+    using EditorSetup = std::function<void(QInterface *)>;
+
+    /**
+     * `firstInstance` decides whether this window receives files from other
+     * instances. `editors` replaces the program's own editors (a window
+     * made for a test); empty, the program's are added.
+     */
+    explicit MainWindow(bool firstInstance, const EditorSetup &editors = EditorSetup(), QWidget *parent = nullptr);
+    /** The program's workspaces, editors and extra editors. */
+    static void addEditors(QInterface *ui);
     /** Deletes the interface, then writes the configuration file. */
     ~MainWindow() override;
 

@@ -218,6 +218,9 @@ QWidget *QInterfaceControlAction::create(QWidget *parent, const QString &name, Q
     Q_UNUSED(unit)
     auto *button = new QToolButton;
     button->setDefaultAction(m_action);
+    // Unlike a toolbar, a panel doesn't hide the buttons of hidden actions.
+    QObject::connect(m_action, &QAction::visibleChanged, button,
+                     [button, action = m_action] { button->setVisible(action->isVisible()); });
     m_buttons.append(button);
     return placeWidget(button, parent, name, position, size);
 }

@@ -28,7 +28,8 @@ QOrganizerEditor::QOrganizerEditor(QInterface *ui)
         ui->addControl(ui->actions().info(action)->name, new QInterfaceControlAction(action));
         return action;
     };
-    m_palette = declare(actions.addAction(organizerScopes, QStringLiteral("org_palette"), 116, true, this,
+    // The second list is the palettes of the sprites: the switch is theirs alone.
+    m_palette = declare(actions.addAction({QInterfaceIds::Sprites}, QStringLiteral("org_palette"), 116, true, this,
                                           &QOrganizerEditor::palToggled));
     declare(actions.addAction(organizerScopes, QStringLiteral("org_up"), 246, false, this, &QOrganizerEditor::moveUp));
     declare(actions.addAction(organizerScopes, QStringLiteral("org_down"), 247, false, this,

@@ -183,6 +183,9 @@ void QPresetManager::loadPanel(QInterface *ui, const QDomElement &element) const
         if (!widget)
             continue;
         applyKindAttributes(widget, control->kind(), e, *this);
-        widget->setVisible(true);
+        // A button shows as long as its action does (the organizer hides
+        // its palette switch outside the sprites editor).
+        const auto *action = dynamic_cast<QInterfaceControlAction *>(control);
+        widget->setVisible(!action || action->action()->isVisible());
     }
 }

@@ -40,15 +40,9 @@ StartDecision decideStart(const QStringList &arguments, bool firstInstance)
     return decision;
 }
 
-namespace {
-
-/**
- * KESTRADA_GRAB=FILE.png[,SECONDS]: a picture of the window after that many
- * seconds (3 by default), while the program goes on running. It is how the
- * window's look is checked on a machine without a person in front of it.
- */
 void scheduleGrab(QWidget *window)
 {
+    // How the window's look is checked on a machine with nobody in front of it.
     const QString request = qEnvironmentVariable("KESTRADA_GRAB");
     if (request.isEmpty())
         return;
@@ -60,6 +54,8 @@ void scheduleGrab(QWidget *window)
             qWarning("KESTRADA_GRAB: can't write %s", qPrintable(file));
     });
 }
+
+namespace {
 
 void runPaletteEditor()
 {
@@ -89,6 +85,37 @@ int runMainWindow(bool firstInstance)
 
 } // namespace
 
+ProcessManagers::ProcessManagers(QApplication *application)
+{
+    presets = new QPresetManager(QDataFolder::named(QStringLiteral("presets")));
+    iconsets = new QIconsetManager(QDataFolder::named(QStringLiteral("iconsets")));
+    stylesheets = new QStylesheetManager(QDataFolder::named(QStringLiteral("styles")));
+    languages = new QLanguageManager(application, applicationDir() + QStringLiteral("/languages"));
+    colorsets = new QColorsetManager(QDataFolder::named(QStringLiteral("colorsets")));
+    syntaxFormats = new QSyntaxFormats;
+    configuration = new QMugenModel;
+    // A missing or unreadable file is no error: the defaults stay.
+    configuration->load(settingsFileForRead(QStringLiteral("config.xml")));
+}
+
+ProcessManagers::~ProcessManagers()
+{
+    delete presets;
+    presets = nullptr;
+    delete configuration;
+    configuration = nullptr;
+    delete syntaxFormats;
+    syntaxFormats = nullptr;
+    delete colorsets;
+    colorsets = nullptr;
+    delete stylesheets;
+    stylesheets = nullptr;
+    delete iconsets;
+    iconsets = nullptr;
+    delete languages;
+    languages = nullptr;
+}
+
 int kestradaMain(int argc, char **argv)
 {
     QApplication application(argc, argv);
@@ -104,16 +131,7 @@ int kestradaMain(int argc, char **argv)
     QUserDialogs *previousDialogs = userDialogs;
     userDialogs = &dialogs;
 
-    // The process-wide managers, in this order; what they find beside the
-    // program (and in the user's own data folders) is all they know.
-    presets = new QPresetManager(QDataFolder::named(QStringLiteral("presets")));
-    iconsets = new QIconsetManager(QDataFolder::named(QStringLiteral("iconsets")));
-    stylesheets = new QStylesheetManager(QDataFolder::named(QStringLiteral("styles")));
-    languages = new QLanguageManager(&application, applicationDir() + QStringLiteral("/languages"));
-    colorsets = new QColorsetManager(QDataFolder::named(QStringLiteral("colorsets")));
-    syntaxFormats = new QSyntaxFormats;
-    configuration = new QMugenModel;
-    configuration->load(settingsFileForRead(QStringLiteral("config.xml")));
+    ProcessManagers managers(&application);
     buildCodecNames();
 
     // The lock lives until this function returns; its end frees it.
@@ -132,20 +150,6 @@ int kestradaMain(int argc, char **argv)
     if (decision.showWindow)
         code = runMainWindow(lock.isFirst());
 
-    delete presets;
-    presets = nullptr;
-    delete configuration;
-    configuration = nullptr;
-    delete syntaxFormats;
-    syntaxFormats = nullptr;
-    delete colorsets;
-    colorsets = nullptr;
-    delete stylesheets;
-    stylesheets = nullptr;
-    delete iconsets;
-    iconsets = nullptr;
-    delete languages;
-    languages = nullptr;
     userDialogs = previousDialogs;
     userPrompt = previousPrompt;
     return code;
