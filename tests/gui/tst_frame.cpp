@@ -2,6 +2,7 @@
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
 #include "core/base/qprojecttypes.h"
+#include "gui/app/qguiuserprompt.h"
 #include "gui/app/qinterface.h"
 #include "logeditor.h"
 #include "gui/app/qorganizereditor.h"
@@ -9,6 +10,9 @@
 #include "testsupport.h"
 
 #include <QMainWindow>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
 #include <QMenuBar>
 #include <QSpinBox>
 #include <QStackedLayout>
@@ -198,6 +202,32 @@ private Q_SLOTS:
         QCOMPARE(spin->parentWidget(), nullptr);
         QVERIFY(!spin->isVisible());
         QVERIFY(!f.ui->editorToolbar()->isVisible());
+    }
+
+    void questionsWithMoreThanTwoAnswers()
+    {
+        // The window's prompt: the chosen button's place, or the default when dismissed.
+        QGuiUserPrompt prompt;
+        const QStringList buttons = {QStringLiteral("Yes"), QStringLiteral("Yes to all"), QStringLiteral("No")};
+        // Clicks the button `text` of the question once it is up; an empty text presses Escape.
+        auto answerWith = [](const QString &text) {
+            QTimer::singleShot(0, [text] {
+                auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+                QVERIFY(box);
+                if (text.isEmpty()) {
+                    QTest::keyClick(box, Qt::Key_Escape);
+                    return;
+                }
+                for (QAbstractButton *button : box->buttons()) {
+                    if (button->text() == text)
+                        button->click();
+                }
+            });
+        };
+        answerWith(QStringLiteral("Yes to all"));
+        QCOMPARE(prompt.choose(QStringLiteral("Save"), QStringLiteral("Overwrite?"), buttons, 2), 1);
+        answerWith(QString());
+        QCOMPARE(prompt.choose(QStringLiteral("Save"), QStringLiteral("Overwrite?"), buttons, 2), 2);
     }
 
     void panelsFollowTheViewActions()
