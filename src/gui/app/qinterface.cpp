@@ -115,6 +115,9 @@ void QInterface::buildFrame()
     m_extraToolbar = new QInterfaceToolbar(m_mainWindow);
     m_extraToolbar->setObjectName(QStringLiteral("extraToolbar"));
     m_extraToolbar->setFloatable(false);
+    // At the top until the window's state, read at the start, puts them where they were.
+    m_mainWindow->addToolBar(m_mainToolbar);
+    m_mainWindow->addToolBar(m_extraToolbar);
 
     auto *central = m_mainWindow->centralWidget();
     if (!central) {
