@@ -13,16 +13,21 @@
 #include "core/sprites/qsprites.h"
 #include "core/text/qcommands.h"
 #include "core/text/qdefinitions.h"
+#include "core/text/qmugensyntaxprocessor.h"
+#include "core/text/qsyntaxhierarchy.h"
 #include "core/text/qsyntaxproperties.h"
 #include "core/text/qsyntaxtexteditor.h"
 #include "core/text/qtextelement.h"
 
 #include <QDir>
+#include <QDirIterator>
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QSet>
+#include <QStandardPaths>
 #include <QTextBlock>
 
 #include <algorithm>
@@ -154,6 +159,109 @@ QString findAsTheEngine(const QString &directory, const QString &name)
     return own;
 }
 
+/** The first of `folders` that holds a name, as the engine on Windows finds it: the file's path, or nothing. */
+QString findIn(const QStringList &folders, const QString &name)
+{
+    for (const QString &folder : folders) {
+        const QString path = findFile(folder, name);
+        if (QFileInfo(path).isFile())
+            return path;
+    }
+    return QString();
+}
+
+/**
+ * Where the engine looks for what a screenpack or a font names: the DEF's
+ * folder, then the engine's data folder, its root and its font folder. The
+ * DEF is in data/ or in a motif folder below it, so the root is one or two
+ * folders up.
+ */
+QStringList engineFolders(const QString &directory)
+{
+    const QString up = QDir::cleanPath(directory + QStringLiteral("/.."));
+    const QString upTwice = QDir::cleanPath(directory + QStringLiteral("/../.."));
+    return {directory, up, upTwice, up + QStringLiteral("/data"), upTwice + QStringLiteral("/data"),
+            up + QStringLiteral("/font"), upTwice + QStringLiteral("/font")};
+}
+
+/**
+ * Whether a TrueType font is among the system's fonts, where the engine
+ * looks when it isn't in the font folder. The walk is bounded: a font
+ * folder is no reason to read a whole disk.
+ */
+bool isSystemFont(const QString &name)
+{
+    const QString bare = QFileInfo(name).fileName();
+    int seen = 0;
+    for (const QString &folder : QStandardPaths::standardLocations(QStandardPaths::FontsLocation)) {
+        QDirIterator it(folder, QDir::Files, QDirIterator::Subdirectories);
+        while (it.hasNext() && ++seen < 100000) {
+            it.next();
+            if (it.fileName().compare(bare, Qt::CaseInsensitive) == 0)
+                return true;
+        }
+    }
+    return false;
+}
+
+QString readText(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+    return QSyntaxTextEditor::decode(file.readAll(), defaultCodepage());
+}
+
+/** A [Files] line of a screenpack: the key, lower-cased, and the file it names, with "/" for "\". */
+struct NamedFile
+{
+    QString key;
+    QString name;
+};
+
+QList<NamedFile> screenpackFiles(const QString &text)
+{
+    QList<NamedFile> files;
+    bool inFiles = false;
+    for (const QString &line : text.split(QLatin1Char('\n'))) {
+        const QString trimmed = line.section(QLatin1Char(';'), 0, 0).trimmed();
+        if (trimmed.startsWith(QLatin1Char('['))) {
+            inFiles = trimmed.compare(QLatin1String("[files]"), Qt::CaseInsensitive) == 0;
+        } else if (inFiles && trimmed.contains(QLatin1Char('='))) {
+            const QString name = trimmed.section(QLatin1Char('='), 1).trimmed().replace(QLatin1Char('\\'), QLatin1Char('/'));
+            if (!name.isEmpty())
+                files.append({trimmed.section(QLatin1Char('='), 0, 0).trimmed().toLower(), name});
+        }
+    }
+    return files;
+}
+
+/**
+ * Whether a DEF is a screenpack's: by its sections, or because a screenpack
+ * DEF beside it names it (a select.def may hold nothing that says so).
+ */
+bool isScreenpackFile(const QString &path, const QString &text)
+{
+    if (QMugenSyntaxProcessor::readsAsScreenpack(text))
+        return true;
+    const QFileInfo info(path);
+    const QString canonical = info.canonicalFilePath();
+    const QFileInfoList beside = info.dir().entryInfoList({QStringLiteral("*.def")}, QDir::Files, QDir::Name);
+    for (int i = 0; i < beside.size() && i < 64; ++i) {
+        const QFileInfo &other = beside.at(i);
+        if (other.canonicalFilePath() == canonical || other.size() > 4 * 1024 * 1024)
+            continue;
+        const QString otherText = readText(other.filePath());
+        if (!QMugenSyntaxProcessor::readsAsScreenpack(otherText))
+            continue;
+        for (const NamedFile &file : screenpackFiles(otherText)) {
+            if (QFileInfo(findFile(other.absolutePath(), file.name)).canonicalFilePath() == canonical)
+                return true;
+        }
+    }
+    return false;
+}
+
 // Checks: the syntax processor's diagnostics, line by line, in the order
 // of the text.
 
@@ -204,6 +312,50 @@ void checkDocument(QSyntaxTextEditor *document, const QString &path, quint32 ver
     appendIssues(document, path, out);
 }
 
+Diagnostic missingFile(const QString &path, const QString &text, bool error)
+{
+    Diagnostic diagnostic;
+    diagnostic.path = path;
+    diagnostic.line = 0;
+    diagnostic.severity = error ? Diagnostic::Error : Diagnostic::Warning;
+    diagnostic.text = text;
+    return diagnostic;
+}
+
+/**
+ * A screenpack's DEF (system.def, select.def, fight.def and the others) is
+ * checked for its form, at the engine version it names unless
+ * --mugen-version says otherwise; every file its [Files] names must be
+ * where the engine looks, and the screenpack DEFs among them are checked
+ * the same way.
+ */
+bool checkScreenpack(const Command &command, const QString &path, QList<Diagnostic> &out)
+{
+    if (checkedFiles().contains(QFileInfo(path).canonicalFilePath()))
+        return true;
+    QSyntaxTextEditor document(nullptr, FileDefinitions, false, DefaultEngineVersion, true);
+    if (!document.load(path, defaultCodepage(), true)) {
+        error(QStringLiteral("check"), QStringLiteral("%1: can't be read").arg(path));
+        return false;
+    }
+    if (auto *processor = qobject_cast<QMugenSyntaxProcessor *>(document.processor()))
+        processor->setScreenpack(true);
+    const QString named = document.hierarchy()->findValue(QStringLiteral("mugenversion"), QStringLiteral("info")).trimmed();
+    quint32 version = DefaultEngineVersion;
+    engineVersion(command, &version, named.isEmpty() ? DefaultEngineVersion : packEngineVersion(named));
+    checkDocument(&document, path, version, out);
+
+    const QStringList folders = engineFolders(QFileInfo(path).absolutePath());
+    for (const NamedFile &file : screenpackFiles(document.text())) {
+        const QString found = findIn(folders, file.name);
+        if (found.isEmpty())
+            out.append(missingFile(path, QStringLiteral("the file \"%1\" isn't found").arg(file.name), true));
+        else if (file.key == QLatin1String("select") || file.key == QLatin1String("fight"))
+            checkScreenpack(command, found, out);
+    }
+    return true;
+}
+
 bool checkText(const Command &command, const QString &path, QProjectFileType fileType, QList<Diagnostic> &out)
 {
     quint32 version = DefaultEngineVersion;
@@ -227,6 +379,8 @@ bool checkText(const Command &command, const QString &path, QProjectFileType fil
  */
 bool checkProject(const Command &command, const QString &path, QList<Diagnostic> &out)
 {
+    if (isScreenpackFile(path, readText(path)))
+        return checkScreenpack(command, path, out);
     QProject project(0, true);
     if (!project.fromFile(path, defaultCodepage(), false, false)) {
         error(QStringLiteral("check"), QStringLiteral("%1: can't be read").arg(path));
@@ -241,15 +395,24 @@ bool checkProject(const Command &command, const QString &path, QList<Diagnostic>
     const auto missing = [&](const QString &name, bool required) {
         if (name.isEmpty() || QFileInfo(findAsTheEngine(files.directory, name)).isFile())
             return;
-        Diagnostic diagnostic;
-        diagnostic.path = path;
-        diagnostic.line = 0;
-        diagnostic.severity = required ? Diagnostic::Error : Diagnostic::Warning;
-        diagnostic.text = QStringLiteral("the file \"%1\" isn't found").arg(name);
-        out.append(diagnostic);
+        out.append(missingFile(path, QStringLiteral("the file \"%1\" isn't found").arg(name), required));
     };
     const bool character = project.type() == Character;
-    missing(files.sprites, true);
+    const QString fontType = definitions->hierarchy()->findValue(QStringLiteral("type"), QStringLiteral("def"));
+    if (project.type() == Font
+        && fontType.section(QLatin1Char(';'), 0, 0).trimmed().compare(QLatin1String("truetype"), Qt::CaseInsensitive) == 0) {
+        // The engine takes a TrueType font from the font folder, then from
+        // the system's fonts, which another machine may well have.
+        const QStringList fontFolders = {files.directory, QDir::cleanPath(files.directory + QStringLiteral("/../font")),
+                                         QDir::cleanPath(files.directory + QStringLiteral("/../../font"))};
+        if (!files.sprites.isEmpty() && findIn(fontFolders, files.sprites).isEmpty() && !isSystemFont(files.sprites))
+            out.append(missingFile(path,
+                                   QStringLiteral("the font file \"%1\" isn't found in the font folder or among the "
+                                                  "system's fonts").arg(files.sprites),
+                                   false));
+    } else {
+        missing(files.sprites, true);
+    }
     missing(files.animations, character);
     missing(files.sounds, character);
     missing(files.commands, character);

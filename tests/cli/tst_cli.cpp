@@ -1,6 +1,7 @@
 #include "core/base/qmugenmodel.h"
 #include "testsupport.h"
 
+#include <QDirIterator>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -314,19 +315,90 @@ private Q_SLOTS:
         QCOMPARE(array.at(3).toObject().value(QStringLiteral("path")).toString(), m_dir.filePath(QStringLiteral("old.air")));
     }
 
-    void checkPassesTheEnginesKungFuMan()
+    void checkFindsTrueTypeFontsWhereTheEngineDoes_data()
+    {
+        QTest::addColumn<QByteArray>("def");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QByteArray>("output");
+        // Beside the DEF, in the engine's font folder, or among the system's fonts.
+        QTest::newRow("beside") << QByteArray("font/beside.def") << 0 << QByteArray();
+        QTest::newRow("font folder") << QByteArray("data/motif/shared.def") << 0 << QByteArray();
+        QTest::newRow("system font not there")
+            << QByteArray("font/system.def") << 0
+            << QByteArray(": warning: the font file \"kestrada-no-such-font.ttf\" isn't found in the font folder or "
+                          "among the system's fonts");
+        QTest::newRow("bitmap font missing")
+            << QByteArray("font/bitmap.def") << 1 << QByteArray(": error: the file \"gone.sff\" isn't found");
+    }
+
+    void checkFindsTrueTypeFontsWhereTheEngineDoes()
+    {
+        QFETCH(QByteArray, def);
+        QFETCH(int, code);
+        QFETCH(QByteArray, output);
+        QTemporaryDir root;
+        QVERIFY(TestSupport::writeFile(root.filePath(QStringLiteral("font/Beside.TTF")), "not read"));
+        QVERIFY(TestSupport::writeFile(root.filePath(QStringLiteral("font/shared.ttf")), "not read"));
+        const auto font = [&root](const char *name, const char *type, const char *file) {
+            return TestSupport::writeFile(root.filePath(QLatin1String(name)),
+                                          QByteArray("[FNT v2]\r\nfntversion = 2,00\r\n[Def]\r\nType = ") + type
+                                              + " ; kind\r\nSize = 7,13\r\nFile = " + file + "\r\n");
+        };
+        QVERIFY(font("font/beside.def", "truetype", "beside.ttf"));
+        QVERIFY(font("data/motif/shared.def", "TrueType", "shared.ttf"));
+        QVERIFY(font("font/system.def", "truetype", "kestrada-no-such-font.ttf"));
+        QVERIFY(font("font/bitmap.def", "bitmap", "gone.sff"));
+        const QString path = root.filePath(QString::fromLatin1(def));
+        const Result result = run({QStringLiteral("check"), path});
+        QCOMPARE(result.code, code);
+        QCOMPARE(result.out.trimmed(), output.isEmpty() ? QByteArray() : path.toUtf8() + output);
+    }
+
+    void checkReadsScreenpacks()
+    {
+        // system.def names its other files: select.def is a screenpack file
+        // for that, though nothing else in it says so.
+        const QString system = m_dir.filePath(QStringLiteral("motif/system.def"));
+        QVERIFY(TestSupport::writeFile(system, "[Info]\nname = \"Mine\"\n[Files]\nspr = system.sff\n"
+                                               "select = select.def\nfight = fight.def\nlogo.storyboard =\n"
+                                               "font1 = f-4x6.def\n[Title Info]\nmenu.pos = 159,158\n"
+                                               "[TitleBGdef]\nbgclearcolor = 0,0,0\n"));
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("motif/system.sff")), QByteArray()));
+        // Fonts are found in the engine's font folder.
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("font/f-4x6.def")), "[FNT v2]\n"));
+        const QString select = m_dir.filePath(QStringLiteral("motif/select.def"));
+        QVERIFY(TestSupport::writeFile(select, "[Options]\narcade.maxmatches = 6,1\nteam.maxmatches = 4 1\n"));
+        const QByteArray selectError = select.toUtf8() + ":3:21: error: Unexpected token '1'";
+
+        Result result = run({QStringLiteral("check"), system});
+        QCOMPARE(result.code, 1);
+        QCOMPARE(result.out.trimmed().split('\n'),
+                 (QList<QByteArray>{selectError, system.toUtf8() + ": error: the file \"fight.def\" isn't found"}));
+
+        // Alone, it is known by the DEF beside it that names it.
+        result = run({QStringLiteral("check"), select});
+        QCOMPARE(result.code, 1);
+        QCOMPARE(result.out.trimmed(), selectError);
+    }
+
+    void checkPassesTheEnginesOwnFiles()
     {
         const QString root = TestSupport::corpusDir();
         if (root.isEmpty())
             QSKIP("the corpus isn't there");
-        QStringList arguments{QStringLiteral("check")};
-        for (const char *file : {"kfm.def", "kfm.cns", "kfm.cmd", "kfm.air", "intro.def", "ending.def"})
-            arguments.append(root + QStringLiteral("/elecbyte-mugen10/chars/kfm/") + QLatin1String(file));
+        // Every text file of the engine: characters, screenpacks, fonts, stages.
+        QStringList arguments{QStringLiteral("check"), QStringLiteral("--mugen-version"), QStringLiteral("1.0")};
+        QDirIterator it(root + QStringLiteral("/elecbyte-mugen10"),
+                        {QStringLiteral("*.def"), QStringLiteral("*.cns"), QStringLiteral("*.cmd"), QStringLiteral("*.air")},
+                        QDir::Files, QDirIterator::Subdirectories);
+        while (it.hasNext())
+            arguments.append(it.next());
+        QVERIFY(arguments.size() > 40);
         const Result result = run(arguments);
-        // Deprecations are warnings: the status stays 0.
+        QVERIFY2(!result.out.contains("error:"), result.out.constData());
+        // Deprecations and system fonts are warnings: the status stays 0.
         QCOMPARE(result.code, 0);
         QVERIFY(result.out.contains("warning:"));
-        QVERIFY(!result.out.contains("error:"));
     }
 
     void checkNeedsACheckableFile()

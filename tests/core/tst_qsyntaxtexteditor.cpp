@@ -1,4 +1,6 @@
 #include "core/base/qcodepages.h"
+#include "core/base/quserprompt.h"
+#include "core/text/qcommand.h"
 #include "core/text/qsyntaxtexteditor.h"
 #include "testsupport.h"
 
@@ -9,6 +11,8 @@
 
 #include <memory>
 
+#include "testelementkinds.h"
+
 using TestSupport::readFile;
 using TestSupport::writeFile;
 
@@ -18,6 +22,7 @@ class tst_QSyntaxTextEditor : public QObject
 
 private:
     QTemporaryDir m_dir;
+    QList<QTextElementReg *> m_registries;
     QString path(const char *name) const { return m_dir.filePath(QLatin1String(name)); }
 
     static int codepageOf(const char *name)
@@ -29,6 +34,9 @@ private Q_SLOTS:
     void initTestCase()
     {
         buildCodecNames();
+        registerNameCommentElements();
+        registerCommandElements();
+        m_registries = TestKinds::registerAll();
         QVERIFY(!codecNames.isEmpty());
         QVERIFY(!codecNames.contains("System"));
         QVERIFY(std::is_sorted(codecNames.begin(), codecNames.end()));
@@ -36,29 +44,21 @@ private Q_SLOTS:
         QVERIFY(codepageOf("ISO-8859-1") > 0);
     }
 
+    void cleanupTestCase()
+    {
+        TestKinds::unregisterAll(m_registries);
+        releaseCommandElements();
+        releaseNameCommentElements();
+    }
+
     void codepagesMapBothWays()
     {
         // 0 and anything out of range mean the system's codec.
-        QCOMPARE(codecForCodepage(0), QTextCodec::codecForLocale());
-        QCOMPARE(codecForCodepage(-4), QTextCodec::codecForLocale());
-        QCOMPARE(codecForCodepage(int(codecNames.size()) + 1), QTextCodec::codecForLocale());
+        for (int codepage : {0, -4, int(codecNames.size()) + 1})
+            QCOMPARE(codecForCodepage(codepage), QTextCodec::codecForLocale());
         const int sjis = codepageOf("Shift_JIS");
         QCOMPARE(codecNames.at(sjis - 1).toLower(), codecForCodepage(sjis)->name().toLower());
         QCOMPARE(codepageOfCodec(nullptr), 0);
-    }
-
-    void lineEndsBecomeCrLfOnSave()
-    {
-        QVERIFY(writeFile(path("lf.cns"), "[Statedef 0]\ntype = S\n"));
-        QSyntaxTextEditor document(nullptr, FileStates, false, 0x1010000, true);
-        QVERIFY(document.load(path("lf.cns"), 0, false));
-        QCOMPARE(document.title(), QStringLiteral("lf.cns"));
-        QCOMPARE(document.fileName(), QFileInfo(path("lf.cns")).absoluteFilePath());
-        QVERIFY(!document.isModified());
-        QVERIFY(document.save(path("crlf.cns"), false, true));
-        QCOMPARE(readFile(path("crlf.cns")), QByteArray("[Statedef 0]\r\ntype = S\r\n"));
-        // A copy leaves the name as it was.
-        QCOMPARE(document.title(), QStringLiteral("lf.cns"));
     }
 
     void encodingsRoundTrip_data()
@@ -77,6 +77,9 @@ private Q_SLOTS:
         // The mark decides over the codepage given, and isn't written back.
         QTest::newRow("utf-8 with mark") << QByteArray("\xef\xbb\xbf; \xc3\xa9\r\n") << QByteArray("ISO-8859-1")
                                          << QStringLiteral("; \u00e9\n") << QByteArray("; \xc3\xa9\r\n");
+        QTest::newRow("line feeds become CR LF") << QByteArray("[Statedef 0]\ntype = S\n") << QByteArray("ISO-8859-1")
+                                                 << QStringLiteral("[Statedef 0]\ntype = S\n")
+                                                 << QByteArray("[Statedef 0]\r\ntype = S\r\n");
     }
 
     void encodingsRoundTrip()
@@ -93,33 +96,42 @@ private Q_SLOTS:
         QCOMPARE(readFile(path("out.txt")), saved);
         QVERIFY(!document.isModified());
         QCOMPARE(document.title(), QStringLiteral("out.txt"));
+        // Asked for UTF-8: UTF-8 without a mark.
+        QVERIFY(document.save(path("utf8.txt"), true, true));
+        QCOMPARE(readFile(path("utf8.txt")), QString(text).replace(QLatin1Char('\n'), QLatin1String("\r\n")).toUtf8());
     }
 
     void detectionChoosesTheEncoding_data()
     {
         QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArray>("given");
         QTest::addColumn<QByteArray>("codec");
         QTest::addColumn<QString>("start");
         // Long enough for detection to be sure.
         QByteArray sjis;
         for (int i = 0; i < 20; ++i)
             sjis += "; \x97\xa7\x82\xbf\x93\xae\x8d\xec\x82\xcc\x83\x41\x83\x6a\x83\x81\r\n";
-        QTest::newRow("shift-jis") << sjis << QByteArray("Shift_JIS") << QStringLiteral("; \u7acb\u3061\u52d5\u4f5c");
-        QTest::newRow("utf-8") << QByteArray("; \xc3\xa9t\xc3\xa9 \xe2\x82\xac\r\n") << QByteArray("UTF-8")
+        QTest::newRow("shift-jis") << sjis << QByteArray() << QByteArray("Shift_JIS") << QStringLiteral("; \u7acb\u3061\u52d5\u4f5c");
+        QTest::newRow("utf-8") << QByteArray("; \xc3\xa9t\xc3\xa9 \xe2\x82\xac\r\n") << QByteArray() << QByteArray("UTF-8")
                                << QStringLiteral("; \u00e9t\u00e9 \u20ac");
-        QTest::newRow("utf-8 with mark") << QByteArray("\xef\xbb\xbf; x\r\n") << QByteArray("UTF-8") << QStringLiteral("; x");
+        QTest::newRow("utf-8 with mark") << QByteArray("\xef\xbb\xbf; x\r\n") << QByteArray() << QByteArray("UTF-8")
+                                         << QStringLiteral("; x");
         // Not valid UTF-8 nor Shift-JIS: a single-byte codec that gives every byte back.
-        QTest::newRow("broken double byte") << QByteArray("; \x82\x20\x97\xa7\x82\r\n") << QByteArray()
+        QTest::newRow("broken double byte") << QByteArray("; \x82\x20\x97\xa7\x82\r\n") << QByteArray() << QByteArray()
                                             << QStringLiteral("; ");
+        // Plain ASCII proves nothing: the codepage given stands.
+        QTest::newRow("ascii") << QByteArray("[Statedef 0]\r\n") << QByteArray("ISO-8859-1") << QByteArray("ISO-8859-1")
+                               << QStringLiteral("[Statedef 0]");
     }
 
     void detectionChoosesTheEncoding()
     {
         QFETCH(QByteArray, bytes);
+        QFETCH(QByteArray, given);
         QFETCH(QByteArray, codec);
         QFETCH(QString, start);
         int actual = -1;
-        const QString text = QSyntaxTextEditor::decode(bytes, 0, &actual);
+        const QString text = QSyntaxTextEditor::decode(bytes, given.isEmpty() ? 0 : codepageOf(given.constData()), &actual);
         QVERIFY2(text.startsWith(start), qPrintable(text));
         if (!codec.isEmpty())
             QCOMPARE(actual, codepageOf(codec.constData()));
@@ -130,13 +142,6 @@ private Q_SLOTS:
         if (expected.startsWith("\xef\xbb\xbf"))
             expected.remove(0, 3);
         QCOMPARE(std::unique_ptr<QTextEncoder>(used->makeEncoder(QTextCodec::IgnoreHeader))->fromUnicode(text), expected);
-    }
-
-    void asciiTakesTheDefaultCodepage()
-    {
-        int actual = -1;
-        QSyntaxTextEditor::decode("[Statedef 0]\r\n", codepageOf("ISO-8859-1"), &actual);
-        QCOMPARE(actual, codepageOf("ISO-8859-1"));
     }
 
     void corpusTextSavesBackUnchanged_data()
@@ -154,8 +159,12 @@ private Q_SLOTS:
     void corpusTextSavesBackUnchanged()
     {
         QFETCH(QString, file);
-        QSyntaxTextEditor document(nullptr, FileStates, false, 0x1010000, true);
+        // Lines are read as elements too: neither the decoding nor the parse may change a byte.
+        QSyntaxTextEditor document(nullptr, FileStates, true, 0x1010000, true);
+        TestKinds::acceptAll(document);
         QVERIFY(document.load(file, 0, false));
+        if (file.endsWith(QLatin1String(".air"), Qt::CaseInsensitive) || file.endsWith(QLatin1String(".cmd"), Qt::CaseInsensitive))
+            QVERIFY(document.firstElement());
         QVERIFY(document.save(path("saved.txt"), false, true));
         QByteArray expected = readFile(file);
         if (expected.startsWith("\xef\xbb\xbf"))
@@ -176,14 +185,6 @@ private Q_SLOTS:
         QVERIFY(document.text().contains(QStringLiteral("\u30ab\u30f3\u30d5\u30fc\u30de\u30f3")));
     }
 
-    void utf8SaveHasNoMark()
-    {
-        QSyntaxTextEditor document(nullptr, FileCommands, true, 0x1010000, true);
-        document.document()->setPlainText(QStringLiteral("; \u00e9"));
-        QVERIFY(document.save(path("utf8.cmd"), true, false));
-        QCOMPARE(readFile(path("utf8.cmd")), QByteArray("; \xc3\xa9"));
-    }
-
     void keepNameAndFailures()
     {
         QVERIFY(writeFile(path("first.air"), "[Begin Action 0]\n"));
@@ -192,27 +193,27 @@ private Q_SLOTS:
         QVERIFY(document.load(path("first.air"), 0, false));
         QVERIFY(document.load(path("second.air"), 0, true));
         QCOMPARE(document.title(), QStringLiteral("first.air"));
+        // Nor does a copy change the name.
+        QVERIFY(document.save(path("copy.air"), false, true));
+        QCOMPARE(document.title(), QStringLiteral("first.air"));
         QCOMPARE(document.text(), QStringLiteral("[Begin Action 1]\n"));
         // A file that can't be read leaves the document as it was.
         QVERIFY(!document.load(path("absent.air"), 0, false));
         QCOMPARE(document.text(), QStringLiteral("[Begin Action 1]\n"));
-        // A failed save keeps the earlier file and the document's state.
+        // A failed save tells the user where and why, and keeps the earlier file and the document's state.
         document.document()->setPlainText(QStringLiteral("changed"));
-        QVERIFY(!document.save(m_dir.path(), false, false));
+        QRecordingUserPrompt prompt;
+        // The animation text has no discard question of its own: the animations ask.
+        QVERIFY(document.checkDiscard());
+        QVERIFY(!document.save(path("first.air/x"), false, false));
+        QVERIFY(prompt.calls.size() == 1 && prompt.calls.first().kind == QRecordingUserPrompt::Critical);
+        QCOMPARE(prompt.calls.first().title + QLatin1Char('|') + prompt.calls.first().text,
+                 QStringLiteral("Text saving error|An error occurred when saving the file '%1'.\nNot a directory")
+                     .arg(QDir::toNativeSeparators(path("first.air/x"))));
         QVERIFY(document.isModified());
         QCOMPARE(readFile(path("first.air")), QByteArray("[Begin Action 0]\n"));
         document.clear();
-        QVERIFY(document.isEmpty());
-        QVERIFY(!document.isModified());
-        QVERIFY(document.fileName().isEmpty());
-    }
-
-    void animationTextLeavesTheQuestionToTheAnimations()
-    {
-        QSyntaxTextEditor plain(nullptr, FileAnimations, true, 0x1010000, true);
-        plain.document()->setPlainText(QStringLiteral("x"));
-        // The animation text has no question of its own: the animations ask.
-        QVERIFY(plain.checkDiscard());
+        QVERIFY(document.isEmpty() && !document.isModified() && document.fileName().isEmpty());
     }
 };
 

@@ -212,28 +212,6 @@ private Q_SLOTS:
             qWarning().noquote() << "\n" << diff;
         QVERIFY2(diff.isEmpty(), "the highlighting differs from the reference");
     }
-
-    void dumpShowsWhatALineHolds()
-    {
-        // The dump is the test's own eye: check it on a line it can't misread.
-        mugenSyntax = &m_vocabulary;
-        QSyntaxTextEditor document(nullptr, FileStates, false, DefaultEngineVersion, true);
-        document.document()->setPlainText(QStringLiteral("[Statedef 0]\ntype = Q ; x"));
-        const QStringList lines = dump(document.document());
-        QCOMPARE(lines, QStringList({QStringLiteral("   1   4  0 H- |<block>[Statedef 0]</block>"),
-                                     QStringLiteral("                brackets [0 ]11"),
-                                     QStringLiteral("   2   4  1 -- |<keyword>type</keyword> = Q <comment>; x</comment>"),
-                                     QStringLiteral("                error 7-8: Unknown 'StateDef type' value 'Q'")}));
-    }
-
-    void diffShowsTheChangedLines()
-    {
-        const QStringList expected = {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")};
-        const QStringList actual = {QStringLiteral("a"), QStringLiteral("x"), QStringLiteral("c"), QStringLiteral("d")};
-        QCOMPARE(TestSupport::unifiedDiff(expected, actual, QStringLiteral("e"), QStringLiteral("f")),
-                 QStringLiteral("--- e\n+++ f\n@@ -1,3 +1,4 @@\n a\n-b\n+x\n c\n+d\n"));
-        QVERIFY(TestSupport::unifiedDiff(expected, expected, QString(), QString()).isEmpty());
-    }
 };
 
 QTEST_MAIN(tst_SyntaxReferences)

@@ -2,7 +2,6 @@
 #include "gui/app/mugrundlg.h"
 
 #include <QDialogButtonBox>
-#include <QLabel>
 #include <QListView>
 #include <QPushButton>
 #include <QtTest>
@@ -19,41 +18,12 @@ private:
         model.add(QStringLiteral("Three"), QStringLiteral("/3/Ikemen_GO"), QStringLiteral("kfm kfm -s %0"), QString());
     }
 
-    /** Shows the dialog and clicks the row `row` of its list; the point clicked. */
-    static QPoint clickRow(MugRunDlg &dialog, const QMugenModel &model, int row)
-    {
-        dialog.show();
-        if (!QTest::qWaitForWindowExposed(&dialog))
-            return QPoint();
-        auto *list = dialog.findChild<QListView *>(QStringLiteral("list"));
-        const QPoint place = list->visualRect(model.index(row)).center();
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
-        return place;
-    }
-
     static QPushButton *okButton(const MugRunDlg &dialog)
     {
         return dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
     }
 
 private Q_SLOTS:
-    void showsTheChoice()
-    {
-        QMugenModel model;
-        fill(model);
-        MugRunDlg dialog(nullptr, &model);
-        QCOMPARE(dialog.windowTitle(), QStringLiteral("Run in M.U.G.E.N."));
-        QStringList labels;
-        for (const QLabel *label : dialog.findChildren<QLabel *>())
-            labels.append(label->text());
-        QVERIFY(labels.contains(QStringLiteral("Choose the target:")));
-        QVERIFY(labels.contains(QStringLiteral("M.U.G.E.N. will fail if you try to test a char created with a new "
-                                               "format in an older version (default format is 1.1).")));
-        auto *list = dialog.findChild<QListView *>(QStringLiteral("list"));
-        QVERIFY(list);
-        QCOMPARE(list->model(), &model);
-    }
-
     void startsOnTheLastOneUsed_data()
     {
         QTest::addColumn<QVariant>("last");
@@ -82,25 +52,15 @@ private Q_SLOTS:
         QMugenModel model;
         fill(model);
         MugRunDlg dialog(nullptr, &model);
-        QVERIFY(!clickRow(dialog, model, 2).isNull());
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        auto *list = dialog.findChild<QListView *>(QStringLiteral("list"));
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(model.index(2)).center());
         // Only asking for the executable stores the row.
         QVERIFY(!model.config.contains(QStringLiteral("last_mugen")));
         QCOMPARE(dialog.params(), QStringLiteral("kfm kfm -s %0"));
         QCOMPARE(dialog.exe(), QStringLiteral("/3/Ikemen_GO"));
         QCOMPARE(model.config.value(QStringLiteral("last_mugen")).toInt(), 2);
-    }
-
-    void aDoubleClickAccepts()
-    {
-        QMugenModel model;
-        fill(model);
-        MugRunDlg dialog(nullptr, &model);
-        // A double click is a press and release, then the double-click event.
-        const QPoint place = clickRow(dialog, model, 1);
-        QVERIFY(!place.isNull());
-        QTest::mouseDClick(dialog.findChild<QListView *>(QStringLiteral("list"))->viewport(), Qt::LeftButton, {}, place);
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(dialog.exe(), QStringLiteral("/2/mugen.exe"));
     }
 
     void withoutASelectionThereIsNothing()

@@ -12,7 +12,6 @@ private Q_SLOTS:
     {
         QMainWindow window;
         QProgress progress(&window, QStringLiteral("Loading project..."));
-        QCOMPARE(progress.windowTitle(), QStringLiteral("Loading project..."));
         QCOMPARE(progress.windowModality(), Qt::WindowModal);
         QVERIFY(!progress.isVisible());
 
@@ -29,21 +28,15 @@ private Q_SLOTS:
         QCOMPARE(progress.maximum(), 8);
         QCOMPARE(progress.value(), 5);
 
+        // A second 0 with no range makes a busy bar; positions after it mean nothing, but don't hurt.
+        progress.onProgress(0, 0, allow);
+        QCOMPARE(progress.maximum(), 0);
+        progress.onProgress(7, 0, allow);
+        QVERIFY(allow);
+
         progress.cancel();
         progress.onProgress(6, 8, allow);
         QVERIFY(!allow);
-    }
-
-    void zeroMaximumIsABusyBar()
-    {
-        QProgress progress(nullptr, QStringLiteral("Test"));
-        bool allow = true;
-        progress.onProgress(0, 4, allow);
-        progress.onProgress(0, 0, allow);
-        QCOMPARE(progress.maximum(), 0);
-        // Positions after it mean nothing, but don't hurt.
-        progress.onProgress(7, 0, allow);
-        QVERIFY(allow);
     }
 };
 

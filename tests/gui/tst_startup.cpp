@@ -1,9 +1,6 @@
-#include "core/base/qmugenmodel.h"
-#include "gui/app/mainwindow.h"
 #include "gui/app/startup.h"
 #include "testsupport.h"
 
-#include <QMenuBar>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -15,40 +12,46 @@ private:
     QTemporaryDir m_dir;
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // Relative names are taken from the working folder, as in a shell.
+        QVERIFY(QDir::setCurrent(m_dir.path()));
+        QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("kfm.def")), "[Files]\n"));
+    }
+
     void decisions_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<bool>("first");
-        QTest::addColumn<bool>("handsOver");
+        QTest::addColumn<QString>("handOver");
         QTest::addColumn<bool>("showWindow");
         QTest::addColumn<bool>("paletteEditor");
 
         const QString file = m_dir.filePath(QStringLiteral("kfm.def"));
-        QVERIFY(TestSupport::writeFile(file, "[Files]\n"));
         const QString program = QStringLiteral("kestrada");
-        QTest::newRow("no argument") << QStringList{program} << true << false << true << false;
-        QTest::newRow("no argument, second") << QStringList{program} << false << false << true << false;
-        QTest::newRow("file, first") << QStringList{program, file} << true << true << true << false;
-        QTest::newRow("file, second") << QStringList{program, file} << false << true << false << false;
-        QTest::newRow("missing file, second")
-            << QStringList{program, m_dir.filePath(QStringLiteral("none.def"))} << false << false << true << false;
-        QTest::newRow("-ape") << QStringList{program, QStringLiteral("-ape")} << true << false << false << true;
-        QTest::newRow("-ape, second") << QStringList{program, QStringLiteral("-ape")} << false << false << false << true;
-        QTest::newRow("-APE is no option") << QStringList{program, QStringLiteral("-APE")} << true << false << true << false;
-        QTest::newRow("three arguments") << QStringList{program, file, QStringLiteral("-ape")} << false << false << true << false;
+        QTest::newRow("no argument") << QStringList{program} << true << QString() << true << false;
+        QTest::newRow("no argument, second") << QStringList{program} << false << QString() << true << false;
+        QTest::newRow("file, first") << QStringList{program, file} << true << file << true << false;
+        QTest::newRow("file, second") << QStringList{program, file} << false << file << false << false;
+        // The first instance runs in another folder: it gets the whole path.
+        QTest::newRow("relative file, second") << QStringList{program, QStringLiteral("./kfm.def")} << false << file << false << false;
+        const QString missing = m_dir.filePath(QStringLiteral("none.def"));
+        QTest::newRow("missing file, second") << QStringList{program, missing} << false << QString() << true << false;
+        QTest::newRow("-ape") << QStringList{program, QStringLiteral("-ape")} << true << QString() << false << true;
+        QTest::newRow("-ape, second") << QStringList{program, QStringLiteral("-ape")} << false << QString() << false << true;
+        QTest::newRow("-APE is no option") << QStringList{program, QStringLiteral("-APE")} << true << QString() << true << false;
+        QTest::newRow("three arguments") << QStringList{program, file, QStringLiteral("-ape")} << false << QString() << true << false;
     }
 
     void decisions()
     {
         QFETCH(QStringList, arguments);
         QFETCH(bool, first);
-        QFETCH(bool, handsOver);
+        QFETCH(QString, handOver);
         QFETCH(bool, showWindow);
         QFETCH(bool, paletteEditor);
         const StartDecision decision = decideStart(arguments, first);
-        QCOMPARE(!decision.handOverFile.isEmpty(), handsOver);
-        if (handsOver)
-            QCOMPARE(decision.handOverFile, arguments.at(1));
+        QCOMPARE(decision.handOverFile, handOver);
         QCOMPARE(decision.showWindow, showWindow);
         QCOMPARE(decision.paletteEditor, paletteEditor);
     }
@@ -56,33 +59,10 @@ private Q_SLOTS:
     void aFileNamedApeWins()
     {
         // The file wins over the option, and is handed over as a path.
-        QVERIFY(QDir::setCurrent(m_dir.path()));
         QVERIFY(TestSupport::writeFile(m_dir.filePath(QStringLiteral("-ape")), "x"));
         const StartDecision decision = decideStart({QStringLiteral("kestrada"), QStringLiteral("-ape")}, false);
-        QCOMPARE(decision.handOverFile, QStringLiteral("-ape"));
-        QVERIFY(!decision.paletteEditor);
-        QVERIFY(!decision.showWindow);
-    }
-
-    void mainWindowHasItsFiveMenus()
-    {
-        qputenv("TMPDIR", m_dir.path().toLocal8Bit());
-        QMugenModel settings;
-        configuration = &settings;
-        MainWindow window(false);
-        const QList<QAction *> menus = window.menuBar()->actions();
-        QStringList titles;
-        for (QAction *action : menus)
-            titles.append(action->text());
-        QCOMPARE(titles, QStringList({QStringLiteral("Project"), QStringLiteral("Edit"), QStringLiteral("View"),
-                                      QStringLiteral("Tools"), QStringLiteral("Help")}));
-        QCOMPARE(window.menuFile->objectName(), QStringLiteral("menuFile"));
-        QCOMPARE(window.menuHelp->objectName(), QStringLiteral("menuHelp"));
-        QVERIFY(window.centralWidget());
-        QCOMPARE(window.windowTitle(), QStringLiteral("Kestrada"));
-        // Its size comes from the configuration.
-        QCOMPARE(window.size(), QSize(580, 750));
-        configuration = nullptr;
+        QCOMPARE(decision.handOverFile, m_dir.filePath(QStringLiteral("-ape")));
+        QVERIFY(!decision.paletteEditor && !decision.showWindow);
     }
 };
 

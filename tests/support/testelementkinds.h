@@ -26,35 +26,10 @@ public:
     int number = 0;
 };
 
-class TestFrame : public QTextElement
+/** A line kept as its words: frames (32), Clsn declarations (64) and boxes (128). */
+class TestLine : public QTextElement
 {
 public:
-    int elementType() const override { return 32; }
-    void release() override
-    {
-        values.clear();
-        QTextElementPool<TestFrame>::give(this);
-    }
-    void update(const QList<QTextElementToken> &tokens) override
-    {
-        values.clear();
-        for (const QTextElementToken &token : tokens)
-            values.append(token.text);
-    }
-    QStringList values;
-};
-
-/** A line kept as its words: the Clsn declarations (64) and boxes (128). */
-template <int Type>
-class TestWords : public QTextElement
-{
-public:
-    int elementType() const override { return Type; }
-    void release() override
-    {
-        words.clear();
-        QTextElementPool<TestWords>::give(this);
-    }
     void update(const QList<QTextElementToken> &tokens) override
     {
         words.clear();
@@ -63,85 +38,76 @@ public:
     }
     QStringList words;
 };
+
+template <int Type>
+class TestWords : public TestLine
+{
+public:
+    int elementType() const override { return Type; }
+    void release() override
+    {
+        words.clear();
+        QTextElementPool<TestWords>::give(this);
+    }
+};
+using TestFrame = TestWords<32>;
 using TestClsnDecl = TestWords<64>;
 using TestClsn = TestWords<128>;
 
-class TestActionReg : public QTextElementReg
+/** A kind of line: its start rule and a test of the token at each position. */
+template <typename Element>
+class TestReg : public QTextElementReg
 {
 public:
-    int elementType() const override { return 18; }
-    quint32 startRule() const override { return makeRule(3, '['); }
-    bool accepts(int position, const QTextElementToken &t) override
+    using Accepts = bool (*)(int position, const QTextElementToken &t);
+    TestReg(int type, quint32 rule, Accepts accepts)
+        : m_type(type)
+        , m_rule(rule)
+        , m_accepts(accepts)
     {
-        switch (position) {
-        case 0: return t.type == QTextTokenizer::OpenBracket;
-        case 1: return t.type == QTextTokenizer::Identifier && t.text.compare(QLatin1String("begin"), Qt::CaseInsensitive) == 0;
-        case 2: return t.type == QTextTokenizer::Identifier && t.text.compare(QLatin1String("action"), Qt::CaseInsensitive) == 0;
-        case 3: return t.type == QTextTokenizer::Integer;
-        case 4: return t.type == QTextTokenizer::CloseBracket;
-        }
-        return t.type == QTextTokenizer::EndOfLine;
     }
-    QTextElement *create() override { return QTextElementPool<TestAction>::take(); }
+    int elementType() const override { return m_type; }
+    quint32 startRule() const override { return m_rule; }
+    bool accepts(int position, const QTextElementToken &t) override { return m_accepts(position, t); }
+    QTextElement *create() override { return QTextElementPool<Element>::take(); }
+
+private:
+    int m_type;
+    quint32 m_rule;
+    Accepts m_accepts;
 };
 
-class TestFrameReg : public QTextElementReg
+inline bool isWord(const QTextElementToken &t, const char *word)
 {
-public:
-    int elementType() const override { return 32; }
-    quint32 startRule() const override { return makeRule(2); }
-    bool accepts(int position, const QTextElementToken &t) override
-    {
-        if (position > 8)
-            return true;
-        return t.type == (position % 2 == 0 ? QTextTokenizer::Integer : QTextTokenizer::Comma);
-    }
-    QTextElement *create() override { return QTextElementPool<TestFrame>::take(); }
-};
-
-class TestClsnDeclReg : public QTextElementReg
-{
-public:
-    int elementType() const override { return 64; }
-    quint32 startRule() const override { return makeRule(6, 'C'); }
-    bool accepts(int position, const QTextElementToken &t) override
-    {
-        switch (position) {
-        case 0:
-            return t.type == QTextTokenizer::Identifier
-                && QStringList({QStringLiteral("clsn1"), QStringLiteral("clsn2"), QStringLiteral("clsn1default"),
-                                QStringLiteral("clsn2default")}).contains(t.text.toLower());
-        case 1: return t.type == QTextTokenizer::Colon;
-        case 2: return t.type == QTextTokenizer::Integer;
-        }
-        return t.type == QTextTokenizer::EndOfLine;
-    }
-    QTextElement *create() override { return QTextElementPool<TestClsnDecl>::take(); }
-};
-
-class TestClsnReg : public QTextElementReg
-{
-public:
-    int elementType() const override { return 128; }
-    quint32 startRule() const override { return makeRule(6, 'C'); }
-    bool accepts(int position, const QTextElementToken &t) override
-    {
-        static const int expected[] = {QTextTokenizer::Identifier, QTextTokenizer::OpenBracket, QTextTokenizer::Integer,
-                                       QTextTokenizer::CloseBracket, QTextTokenizer::Equal, QTextTokenizer::Integer,
-                                       QTextTokenizer::Comma, QTextTokenizer::Integer, QTextTokenizer::Comma,
-                                       QTextTokenizer::Integer, QTextTokenizer::Comma, QTextTokenizer::Integer};
-        if (position == 0)
-            return t.type == QTextTokenizer::Identifier && t.text.startsWith(QLatin1String("clsn"), Qt::CaseInsensitive);
-        return position < 12 ? t.type == expected[position] : t.type == QTextTokenizer::EndOfLine;
-    }
-    QTextElement *create() override { return QTextElementPool<TestClsn>::take(); }
-};
+    return t.type == QTextTokenizer::Identifier && t.text.compare(QLatin1String(word), Qt::CaseInsensitive) == 0;
+}
 
 /** Registers the four kinds; give the result to unregisterAll() at the end. */
 inline QList<QTextElementReg *> registerAll()
 {
-    const QList<QTextElementReg *> registries = {new TestActionReg, new TestFrameReg, new TestClsnDeclReg,
-                                                 new TestClsnReg};
+    using T = QTextTokenizer;
+    const QList<QTextElementReg *> registries = {
+        new TestReg<TestAction>(18, QTextElementReg::makeRule(3, '['), [](int position, const QTextElementToken &t) {
+            static const int expected[] = {T::OpenBracket, T::Identifier, T::Identifier, T::Integer, T::CloseBracket};
+            if (position == 1 || position == 2)
+                return isWord(t, position == 1 ? "begin" : "action");
+            return position < 5 ? t.type == expected[position] : t.type == T::EndOfLine;
+        }),
+        new TestReg<TestFrame>(32, QTextElementReg::makeRule(2), [](int position, const QTextElementToken &t) {
+            return position > 8 || t.type == (position % 2 == 0 ? T::Integer : T::Comma);
+        }),
+        new TestReg<TestClsnDecl>(64, QTextElementReg::makeRule(6, 'C'), [](int position, const QTextElementToken &t) {
+            if (position == 0)
+                return isWord(t, "clsn1") || isWord(t, "clsn2") || isWord(t, "clsn1default") || isWord(t, "clsn2default");
+            return t.type == (position == 1 ? T::Colon : position == 2 ? T::Integer : T::EndOfLine);
+        }),
+        new TestReg<TestClsn>(128, QTextElementReg::makeRule(6, 'C'), [](int position, const QTextElementToken &t) {
+            static const int expected[] = {T::Identifier, T::OpenBracket, T::Integer, T::CloseBracket, T::Equal, T::Integer,
+                                           T::Comma,      T::Integer,     T::Comma,   T::Integer,      T::Comma, T::Integer};
+            if (position == 0)
+                return t.type == T::Identifier && t.text.startsWith(QLatin1String("clsn"), Qt::CaseInsensitive);
+            return position < 12 ? t.type == expected[position] : t.type == T::EndOfLine;
+        })};
     for (QTextElementReg *registry : registries)
         QTextElementReg::add(registry);
     return registries;

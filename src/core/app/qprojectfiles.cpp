@@ -42,13 +42,32 @@ public:
     {
         if (m_folder.isEmpty() || !QFileInfo(path).isFile())
             return;
-        const QString relative = QDir(m_projectDir).relativeFilePath(QFileInfo(path).canonicalFilePath());
-        const QString target = m_folder + relative;
+        const QString target = m_folder + inside(QDir(m_projectDir).relativeFilePath(QFileInfo(path).canonicalFilePath()));
         QDir().mkpath(QFileInfo(target).absolutePath());
         QFile::copy(path, target);
     }
 
 private:
+    /**
+     * A path relative to the project's folder made into one below the
+     * backup folder. A DEF may name files above its folder ("../common.cns"):
+     * each step up becomes a folder "(parent)", so the copy neither lands
+     * beside the backup folder nor overwrites a file of the project. A
+     * drive letter (another drive on Windows) loses its colon.
+     */
+    static QString inside(const QString &relative)
+    {
+        QStringList parts;
+        for (QString part : relative.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+            if (part == QLatin1String(".."))
+                part = QStringLiteral("(parent)");
+            part.remove(QLatin1Char(':'));
+            if (!part.isEmpty() && part != QLatin1String("."))
+                parts.append(part);
+        }
+        return parts.join(QLatin1Char('/'));
+    }
+
     QString m_projectDir;
     QString m_folder;
 };

@@ -51,7 +51,9 @@ QString QDefinitions::discardQuestion() const
 
 quint32 packEngineVersion(const QString &text)
 {
-    static const QRegularExpression pattern(QStringLiteral("^(\\d)\\.(\\d)\\.?(\\d)?\\.?(\\d)?$"));
+    // Each part after the second needs its own dot: "1.10" has a part of two
+    // digits and is no version at all, not 1.1.0.
+    static const QRegularExpression pattern(QStringLiteral("^(\\d)\\.(\\d)(?:\\.(\\d))?(?:\\.(\\d))?$"));
     const QRegularExpressionMatch match = pattern.match(text);
     if (!match.hasMatch())
         return 0;
@@ -138,20 +140,21 @@ QDefinitionsFiles QDefinitions::files()
             token = nextSection(tokenizer, token);
             continue;
         }
-        // To the first key of the section.
-        tokenizer.skipLine();
-        token = tokenizer.next();
-        while (token == QTextTokenizer::EndOfLine)
-            token = tokenizer.next();
+        token = tokenizer.nextLine(token);
 
+        // Every line up to the next section counts: a line that is no key
+        // line, or whose key has no "=", is skipped alone, so a slip in one
+        // line never hides the files named below it.
         bool done = false;
-        while (!done && token == QTextTokenizer::Identifier) {
+        while (!done && token != QTextTokenizer::EndOfText && token != QTextTokenizer::OpenBracket) {
+            if (token != QTextTokenizer::Identifier) {
+                token = tokenizer.nextLine(token);
+                continue;
+            }
             const QString key = tokenizer.text().toLower();
             token = tokenizer.next();
             if (token != QTextTokenizer::Equal) {
-                if (token != QTextTokenizer::EndOfLine && token != QTextTokenizer::EndOfText)
-                    tokenizer.skipLine();
-                token = tokenizer.next();
+                token = tokenizer.nextLine(token);
                 continue;
             }
             if (section == QLatin1String("files")) {
@@ -169,9 +172,6 @@ QDefinitionsFiles QDefinitions::files()
                     const QString state = readValue(tokenizer, token);
                     if (!files.states.contains(state))
                         files.states.append(state);
-                } else {
-                    tokenizer.skipLine();
-                    token = tokenizer.next();
                 }
             } else if (section == QLatin1String("info")) {
                 if (key == QLatin1String("name")) {
@@ -179,9 +179,6 @@ QDefinitionsFiles QDefinitions::files()
                     // A quoted name is one token; an unquoted one gives its first word only.
                     hierarchy()->setName(tokenizer.text());
                     done = true;
-                } else {
-                    tokenizer.skipLine();
-                    token = tokenizer.next();
                 }
             } else {
                 const bool isSprite = section == QLatin1String("def") ? key == QLatin1String("file")
@@ -195,13 +192,10 @@ QDefinitionsFiles QDefinitions::files()
                         value = value.mid(7);
                     files.sprites = value;
                     done = true;
-                } else {
-                    tokenizer.skipLine();
-                    token = tokenizer.next();
                 }
             }
-            while (token == QTextTokenizer::EndOfLine)
-                token = tokenizer.next();
+            if (!done)
+                token = tokenizer.nextLine(token);
         }
         token = nextSection(tokenizer, token);
     }

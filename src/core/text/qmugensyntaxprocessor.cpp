@@ -168,6 +168,18 @@ const DescribedSection describedSections[] = {
     {QMugenSyntaxProcessor::SceneSection, QMugenSyntaxProperties::Scene, "Scene"},
 };
 
+/**
+ * The sections that only screenpack files have: the screens of system.def,
+ * the bars of fight.def, the lists of select.def. Written as in the files,
+ * lower-cased and without blanks.
+ */
+const char *const screenpackSections[] = {
+    "titleinfo", "selectinfo", "vsscreen", "demomode", "continuescreen", "gameoverscreen", "victoryscreen",
+    "winscreen", "defaultending", "endcredits", "survivalresultsscreen", "optioninfo", "infobox",
+    "infoboxtext", "lifebar", "simullifebar", "turnslifebar", "powerbar", "fightfx", "winicon",
+    "characters", "extrastages",
+};
+
 } // namespace
 
 /**
@@ -217,6 +229,44 @@ quint32 QMugenSyntaxProcessor::packToken(int type, int start, int length)
 bool QMugenSyntaxProcessor::isStateBlock(int state)
 {
     return state == StateSection || (state >= UnknownType && state < FirstBgController);
+}
+
+bool QMugenSyntaxProcessor::readsAsScreenpack(const QString &text)
+{
+    const int size = int(text.size());
+    for (int i = 0; i < size;) {
+        while (i < size && isBlank(text.at(i)))
+            ++i;
+        if (i < size && text.at(i) == QLatin1Char('[')) {
+            // The header's words, lower-cased and joined, up to "]".
+            QString name;
+            for (++i; i < size && name.size() < 32; ++i) {
+                const QChar c = text.at(i);
+                if (c == QLatin1Char(']') || c == QLatin1Char(';') || c == QLatin1Char('\n'))
+                    break;
+                if (!isBlank(c))
+                    name += c.toLower();
+            }
+            const QString bare = withoutLanguage(name);
+            for (const char *section : screenpackSections) {
+                if (bare == QLatin1String(section))
+                    return true;
+            }
+        }
+        const int end = int(text.indexOf(QLatin1Char('\n'), i));
+        if (end < 0)
+            break;
+        i = end + 1;
+    }
+    return false;
+}
+
+void QMugenSyntaxProcessor::setScreenpack(bool screenpack)
+{
+    if (screenpack == m_screenpack)
+        return;
+    m_screenpack = screenpack;
+    rehighlightAll();
 }
 
 void QMugenSyntaxProcessor::rehighlightAll()
@@ -271,12 +321,12 @@ void QMugenSyntaxProcessor::highlightBlock(const QString &text)
         m_depth = 0;
         m_abandoned = false;
         next();
-        if (type() == EndOfLine) {
+        if (type() == EndOfLine && !(atOpenString() && previous >= UnknownSection)) {
             // Blanks and comments: the line keeps the section it is in.
         } else if (type() == OpenBracket) {
             header = true;
             readHeader();
-        } else if (type() == Identifier && is("type") && previous != StateDefSection) {
+        } else if (type() == Identifier && is("type") && previous != StateDefSection && previous < UnknownSection) {
             readType(previous);
         } else {
             readLine(previous);
@@ -490,6 +540,12 @@ bool QMugenSyntaxProcessor::atLastToken() const
     return i >= m_textLength || m_text[i] == QLatin1Char(';');
 }
 
+bool QMugenSyntaxProcessor::atOpenString() const
+{
+    // The tokenizer ends the line at a string that isn't closed, where the string starts.
+    return type() == EndOfLine && m_tokenStartPos < m_textLength && m_text[m_tokenStartPos] == QLatin1Char('"');
+}
+
 QMugenSyntaxProcessor::Mark QMugenSyntaxProcessor::mark() const
 {
     return {m_tokenStartPos, int(m_parens.size()) - (isParen(type()) ? 1 : 0), int(m_issues.size()), m_lastEnd,
@@ -658,6 +714,17 @@ void QMugenSyntaxProcessor::readHeader()
         }
     }
 
+    if (state == NoSection && m_screenpack && type() == Identifier) {
+        // The free text and the lists of a screenpack.
+        const QString bare = withoutLanguage(word());
+        next();
+        if (bare == QLatin1String("infobox") && is("text")) {
+            state = TextSection;
+            next();
+        } else if (bare == QLatin1String("characters") || bare == QLatin1String("extrastages")) {
+            state = ListSection;
+        }
+    }
     if (state == NoSection)
         skipToBracket = true;
     if (skipToBracket) {
@@ -670,8 +737,12 @@ void QMugenSyntaxProcessor::readHeader()
         next();
     }
     applyFormat(QSyntaxFormats::Block, headerStart, headerEnd - headerStart);
-    if (state == NoSection)
-        errorAt(-1, tr("Invalid group"), headerStart, headerEnd - headerStart);
+    if (state == NoSection) {
+        // Screenpacks have many sections the vocabulary doesn't describe.
+        if (!m_screenpack)
+            errorAt(-1, tr("Invalid group"), headerStart, headerEnd - headerStart);
+        state = UnknownSection;
+    }
     m_state = state;
 }
 
@@ -702,7 +773,7 @@ void QMugenSyntaxProcessor::readType(int previous)
     case DefSection:
         list = 3;
         first = FirstFontDef;
-        last = 0xffff;
+        last = UnknownSection;
         failure = tr("Unknown 'Def' type");
         break;
     default:
@@ -779,6 +850,15 @@ void QMugenSyntaxProcessor::readLine(int previous)
         return;
     case KeymapSection:
         readKeymap();
+        return;
+    case UnknownSection:
+        readFormLine();
+        return;
+    case TextSection:
+        skipRest();
+        return;
+    case ListSection:
+        readFormItems();
         return;
     default:
         break;
@@ -976,13 +1056,11 @@ void QMugenSyntaxProcessor::readStateDef()
         return;
     }
     if (key == QLatin1String("velset")) {
+        // Like every number of a [Statedef], the velocities may be computed.
         if (!readKey())
             return;
-        readNumber();
-        while (type() == Comma) {
-            next();
-            readNumber();
-        }
+        expression();
+        readMore(std::numeric_limits<int>::max(), [this] { expression(); });
     } else if (oneOf(key, {"anim", "ctrl", "poweradd", "juggle", "facep2", "hitdefpersist", "movehitpersist",
                            "hitcountpersist", "sprpriority"})) {
         if (!readKey())
@@ -1007,6 +1085,10 @@ void QMugenSyntaxProcessor::readInfo()
     const QString key = type() == Identifier ? word() : QString();
     const bool text = oneOf(key, {"name", "displayname", "author"});
     const bool known = text || oneOf(key, {"localcoord", "versiondate", "pal.defaults", "mugenversion"});
+    if (!known && m_screenpack) {
+        readFormLine();
+        return;
+    }
     if (!readKnownKey(known, tr("Unknown 'Info'' parameter")))
         return;
     beginValue();
@@ -1110,6 +1192,82 @@ void QMugenSyntaxProcessor::readAction()
     }
 }
 
+void QMugenSyntaxProcessor::readFormLine()
+{
+    if (atOpenString()) {
+        readFormItems();
+        return;
+    }
+    if (type() != Identifier) {
+        error(-1, tr("Unexpected token '%1'").arg(tokenText()));
+        skipRest();
+        return;
+    }
+    const int keyStart = m_tokenStartPos;
+    next();
+    readFormRest(keyStart);
+}
+
+void QMugenSyntaxProcessor::readFormRest(int keyStart)
+{
+    // What is glued to the key's first word belongs to it: "cell.*-0.scale".
+    while (type() != EndOfLine && type() != Equal && type() != Comma && type() != String
+           && m_tokenStartPos == m_lastEnd)
+        next();
+    applyFormat(QSyntaxFormats::Keyword, keyStart, m_lastEnd - keyStart);
+    if (type() != Equal) {
+        error(-1, tr("Unexpected token '%1'").arg(tokenText()));
+        skipRest();
+        return;
+    }
+    next();
+    readFormItems();
+}
+
+void QMugenSyntaxProcessor::readFormItems()
+{
+    for (;;) {
+        readFormItem();
+        if (type() != Comma)
+            break;
+        next();
+    }
+    if (atOpenString())
+        errorAt(-1, tr("Unterminated string"), m_tokenStartPos, m_textLength - m_tokenStartPos);
+}
+
+void QMugenSyntaxProcessor::readFormItem()
+{
+    const int start = m_tokenStartPos;
+    const auto toComma = [this] {
+        while (type() != Comma && type() != EndOfLine)
+            next();
+    };
+    // "+100" is 100 to the engine, as to the C library.
+    const bool plus = type() == Plus && m_tokenEnd < m_textLength && isDigit(m_text[m_tokenEnd]);
+    if (plus)
+        next();
+    if (type() == String || type() == Integer || type() == Float) {
+        const int format = type() == String ? QSyntaxFormats::String : QSyntaxFormats::Number;
+        next();
+        if (type() != Comma && type() != EndOfLine && m_tokenStartPos == m_lastEnd && format != QSyntaxFormats::String) {
+            // A word that starts with digits: "1P", "3x5.fnt".
+            toComma();
+            applyFormat(QSyntaxFormats::Value, start, m_lastEnd - start);
+            return;
+        }
+        applyFormat(format, start, m_lastEnd - start);
+        // A number or a string stands alone in its item: "159 158" misses a comma.
+        if (type() != Comma && type() != EndOfLine) {
+            error(-1, tr("Unexpected token '%1'").arg(tokenText()));
+            toComma();
+        }
+        return;
+    }
+    toComma();
+    applyFormat(QSyntaxFormats::Value, start, m_lastEnd - start);
+}
+
 // --- Parameters and values -------------------------------------------------
 
 void QMugenSyntaxProcessor::checkParam(const QMap<QString, QSyntaxParam> &map, const QString &sectionName)
@@ -1123,6 +1281,11 @@ void QMugenSyntaxProcessor::checkParam(const QMap<QString, QSyntaxParam> &map, c
 
     int keyEnd = -1;
     const QSyntaxParam *param = key.isEmpty() ? nullptr : matchKey(map, key, &keyEnd);
+    if (!param && m_screenpack && !key.isEmpty()) {
+        // A screenpack key the vocabulary doesn't describe: its form is all.
+        readFormRest(keyStart);
+        return;
+    }
     if (!param || m_issues.size() > issues) {
         errorAt(-1, tr("Unknown parameter '%1' for the '%2' controller").arg(written, sectionName), keyStart,
                 keyLength);
@@ -1619,19 +1782,33 @@ void QMugenSyntaxProcessor::identifierPrimary()
     checkTrigger(*trigger, name);
 }
 
-void QMugenSyntaxProcessor::skipArguments()
+int QMugenSyntaxProcessor::skipArguments()
 {
     if (type() != OpenParen)
-        return;
+        return -1;
     next();
+    int count = 0;
     if (type() != CloseParen) {
         logical();
+        ++count;
         while (type() == Comma) {
             next();
             logical();
+            ++count;
         }
     }
     expect(CloseParen, -1);
+    return count;
+}
+
+void QMugenSyntaxProcessor::readArguments(int count)
+{
+    const int from = m_tokenStartPos;
+    const int issues = int(m_issues.size());
+    const int found = skipArguments();
+    // A list that is already told of for its form isn't counted as well.
+    if (found != count && m_issues.size() == issues)
+        errorAt(-1, tr("This trigger requires %n argument(s)", nullptr, count), from, m_lastEnd - from);
 }
 
 void QMugenSyntaxProcessor::checkTrigger(const QSyntaxParam &trigger, const QString &word)
@@ -1661,11 +1838,13 @@ void QMugenSyntaxProcessor::checkTrigger(const QSyntaxParam &trigger, const QStr
             expect(OpenParen, -1);
             return;
         }
-        skipArguments();
+        readArguments(trigger.type == QSyntaxParam::Exp ? 1 : trigger.type == QSyntaxParam::Exp2 ? 2 : 3);
         break;
     case QSyntaxParam::NilExp:
     case QSyntaxParam::ExpOpt:
-        skipArguments();
+        // Nothing, or one argument in brackets: NumHelper, NumHelper(1000).
+        if (type() == OpenParen)
+            readArguments(1);
         break;
     // Without its operator an old-style clause is told once, and its
     // values are left alone.

@@ -82,8 +82,17 @@ public:
         FirstBgController = 200,
         /** 210 + the index of the background controller. */
         FirstBgControl = 210,
-        /** 250 + the index of the font definition kind. */
+        /** 250 + the index of the font definition kind, below UnknownSection. */
         FirstFontDef = 250,
+        /**
+         * A section the processor doesn't know: its lines are read for their
+         * form only, never against the keys of the section before.
+         */
+        UnknownSection = 1000,
+        /** A screenpack's [Infobox Text]: free text, not read. */
+        TextSection = 1001,
+        /** A screenpack's [Characters] or [ExtraStages]: lists of names and options. */
+        ListSection = 1002,
     };
 
     /** The types of the line tokens. */
@@ -119,6 +128,19 @@ public:
 
     /** Whether a block state is that of a `[State]` section or of a state controller. */
     static bool isStateBlock(int state);
+
+    /**
+     * Whether the text is a screenpack's (system.def, select.def, fight.def
+     * and the like), by the sections that only those files have.
+     */
+    static bool readsAsScreenpack(const QString &text);
+    /**
+     * Screenpack files are read for their form: a section or key that the
+     * vocabulary doesn't describe is no error there, and only what it does
+     * describe is checked against it. Changing it checks everything again.
+     */
+    bool isScreenpack() const { return m_screenpack; }
+    void setScreenpack(bool screenpack);
 
 protected:
     void highlightBlock(const QString &text) override;
@@ -166,6 +188,8 @@ private:
     bool is(const char *lowerWord) const;
     /** Whether the current token is "triggerall" or "trigger" and a number. */
     bool isTriggerKey() const;
+    /** Whether the line ended at a string that isn't closed. */
+    bool atOpenString() const;
     /** Whether nothing but a comment follows the current token. */
     bool atLastToken() const;
     Mark mark() const;
@@ -197,6 +221,13 @@ private:
     void readInfo();
     void readKeymap();
     void readAction();
+    /** A line of the form "key = item, item, ...", of a section without a description. */
+    void readFormLine();
+    /** The rest of such a line from the current token, the first word of the key being read. */
+    void readFormRest(int keyStart);
+    /** Items separated by commas, each a number, a quoted string, a word or nothing. */
+    void readFormItems();
+    void readFormItem();
 
     // Parameters and values.
     void checkParam(const QMap<QString, QSyntaxParam> &map, const QString &sectionName);
@@ -229,7 +260,13 @@ private:
     void power();
     void primary();
     void identifierPrimary();
-    void skipArguments();
+    /**
+     * The arguments of a function in brackets, if a "(" is next: how many
+     * there were, or -1 without brackets.
+     */
+    int skipArguments();
+    /** The bracketed arguments of a function trigger, which must be `count`. */
+    void readArguments(int count);
     void checkTrigger(const QSyntaxParam &trigger, const QString &word);
     bool relationalOperator();
     void signedInteger();
@@ -260,6 +297,7 @@ private:
     int m_bufferLength = 0;
     bool m_inExpression = false;
     bool m_splitDigits = true;
+    bool m_screenpack = false;
     int m_state = 0;
     /** How deep the expression being read is nested. */
     int m_depth = 0;

@@ -209,19 +209,6 @@ struct KeyLine
     int line = 0;
 };
 
-/** The first token of the next line, past blank and comment lines. */
-int nextLine(QTextTokenizer &tokenizer, int token)
-{
-    if (token == QTextTokenizer::EndOfText)
-        return token;
-    if (token != QTextTokenizer::EndOfLine)
-        tokenizer.skipLine();
-    do {
-        token = tokenizer.next();
-    } while (token == QTextTokenizer::EndOfLine);
-    return token;
-}
-
 /** Reads the "key = value" lines of a section, up to the next "[" or the end. */
 int readKeys(QTextTokenizer &tokenizer, int token, QList<KeyLine> &keys)
 {
@@ -248,7 +235,7 @@ int readKeys(QTextTokenizer &tokenizer, int token, QList<KeyLine> &keys)
                 keys.append(key);
             }
         }
-        token = nextLine(tokenizer, token);
+        token = tokenizer.nextLine(token);
     }
     return token;
 }
@@ -337,7 +324,7 @@ void QMugenSyntaxHierarchy::rebuild(const QString &text)
     if (token == QTextTokenizer::EndOfLine)
         token = tokenizer.next();
     while (token != QTextTokenizer::EndOfText && token != QTextTokenizer::OpenBracket)
-        token = nextLine(tokenizer, token);
+        token = tokenizer.nextLine(token);
 
     QSyntaxHierarchyItem *statedef = nullptr;
     QSyntaxHierarchyItem *commands = nullptr;
@@ -352,7 +339,7 @@ void QMugenSyntaxHierarchy::rebuild(const QString &text)
         QString header;
         token = tokenizer.readUntil(header, QLatin1Char(']'));
         header = header.trimmed();
-        token = nextLine(tokenizer, token);
+        token = tokenizer.nextLine(token);
         QList<KeyLine> keys;
         token = readKeys(tokenizer, token, keys);
 

@@ -2,12 +2,14 @@
 
 #include "../base/atomicfile.h"
 #include "../base/qcodepages.h"
+#include "../base/quserprompt.h"
 #include "qmugensyntaxprocessor.h"
 #include "qsyntaxhierarchy.h"
 #include "qsyntaxprocessor.h"
 #include "qtextelements.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -209,6 +211,9 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
     const QString url = document()->metaInformation(QTextDocument::DocumentUrl);
     document()->setPlainText(text);
     setLanguage(language);
+    // A screenpack's files are known by their sections, and read for their form.
+    if (auto *mugen = qobject_cast<QMugenSyntaxProcessor *>(m_processor))
+        mugen->setScreenpack(QMugenSyntaxProcessor::readsAsScreenpack(text));
     if (keepName) {
         document()->setMetaInformation(QTextDocument::DocumentTitle, title);
         document()->setMetaInformation(QTextDocument::DocumentUrl, url);
@@ -235,8 +240,14 @@ bool QSyntaxTextEditor::save(const QString &fileName, bool asUtf8, bool asCopy)
 {
     QString text = rawText(document());
     text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
-    if (!writeFileAtomically(fileName, encode(text, asUtf8)))
+    QString reason;
+    if (!writeFileAtomically(fileName, encode(text, asUtf8), &reason)) {
+        // Whoever asked for the save, the user must learn that the changes
+        // are still only in memory.
+        userPrompt->critical(tr("Text saving error"), tr("An error occurred when saving the file '%1'.\n%2")
+                                                          .arg(QDir::toNativeSeparators(fileName), reason));
         return false;
+    }
     if (!asCopy) {
         const QFileInfo info(fileName);
         document()->setMetaInformation(QTextDocument::DocumentTitle, info.fileName());

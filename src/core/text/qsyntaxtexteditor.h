@@ -40,7 +40,8 @@ public:
      * Writes the text to `fileName` with CR LF line ends, in UTF-8 when
      * `asUtf8` and otherwise in the encoding it was read with. Unless
      * `asCopy`, the document then takes that name and is unmodified. The
-     * write is atomic; false leaves the earlier file untouched.
+     * write is atomic; false leaves the earlier file untouched and the
+     * document as it was, after telling the user the path and the reason.
      */
     bool save(const QString &fileName, bool asUtf8, bool asCopy);
     /** `text` in the document's own encoding (UTF-8 with `asUtf8`), without a byte order mark. */

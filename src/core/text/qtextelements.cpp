@@ -4,6 +4,7 @@
 #include "qtexttokenizer.h"
 
 #include <QSet>
+#include <QTextCursor>
 #include <QTextDocument>
 
 // Name comments
@@ -104,6 +105,13 @@ void QGroupHeader::setName(const QString &name)
     }
     if (line.isEmpty())
         return;
+    if (lineNumber() == 0) {
+        // insertLineBefore() would join the comment to this very line and
+        // turn the header into a comment: put the name line above it.
+        QTextCursor cursor(editor->document());
+        editor->insertText(cursor, QLatin1String("; ") + line + QLatin1Char('\n'));
+        return;
+    }
     editor->insertLineBefore(this, QLatin1String("; ") + line, true);
 }
 

@@ -268,6 +268,18 @@ int QTextTokenizer::skipLine()
     return EndOfLine;
 }
 
+int QTextTokenizer::nextLine(int token)
+{
+    if (token == EndOfText)
+        return token;
+    if (token != EndOfLine)
+        skipLine();
+    do {
+        token = next();
+    } while (token == EndOfLine);
+    return token;
+}
+
 int QTextTokenizer::readUntil(QString &out, QChar delimiter)
 {
     m_commentBlock.clear();

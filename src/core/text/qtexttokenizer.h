@@ -88,6 +88,12 @@ public:
     /** Clears the comment block, consumes through the next line feed, counts the line; returns 1. */
     int skipLine();
     /**
+     * Leaves the line of `token`, the current token, unless the line already
+     * ended there, and returns the first token of the next line that has
+     * one: blank and comment lines are passed.
+     */
+    int nextLine(int token);
+    /**
      * Clears the comment block and collects raw characters into `out` until
      * `delimiter` or `;` (the rest up to `delimiter` is then dropped). The
      * delimiter stays unread; next() runs and its result is returned.

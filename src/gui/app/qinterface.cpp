@@ -231,9 +231,11 @@ void QInterface::start(bool firstInstance)
     applyConfig();
     if (!firstInstance)
         return;
-    consumeHandOver();
+    // Watch first: a line another instance appends while the files handed
+    // over so far are still opening would otherwise wait for the next one.
     m_watcher.addPath(QHandOver::path());
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &QInterface::fileChanged);
+    consumeHandOver();
 }
 
 // ---------------------------------------------------------------------------
@@ -787,7 +789,10 @@ void QInterface::openDocument(const QString &fileName, const QString &suffix)
         newProject(false);
     QProject *project = m_projects.last();
 
-    if (suffix == QLatin1String("air")) {
+    if (suffix == QLatin1String("sff")) {
+        // The set remembers no file name: saving it asks where to.
+        project->sprites()->fromFile(fileName, true);
+    } else if (suffix == QLatin1String("air")) {
         project->animationText()->load(fileName, codepage, false);
     } else if (suffix == QLatin1String("cmd")) {
         project->commands()->load(fileName, codepage, false);
@@ -795,8 +800,9 @@ void QInterface::openDocument(const QString &fileName, const QString &suffix)
         QSyntaxTextEditor *state = project->addState(QFileInfo(fileName).fileName());
         state->document()->setObjectName(fileName);
         state->load(fileName, codepage, false);
+    } else if (suffix == QLatin1String("snd")) {
+        project->sounds()->fromFile(fileName, false);
     }
-    // TODO: sprite and sound files open here too once their readers exist.
     Q_EMIT projectsChanged();
 }
 

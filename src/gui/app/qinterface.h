@@ -84,8 +84,8 @@ public:
     /**
      * The start, once, as the last act of building the main window: the
      * window's state and the shortcuts, the first editor, one blank
-     * project, the configuration applied, and for the first instance the
-     * files handed over so far, then a watch on the hand-over file.
+     * project, the configuration applied, and for the first instance a
+     * watch on the hand-over file, then the files handed over so far.
      */
     void start(bool firstInstance);
 

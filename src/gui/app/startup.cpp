@@ -16,6 +16,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QSplashScreen>
 #include <QThread>
 #include <QTimer>
@@ -30,8 +31,9 @@ StartDecision decideStart(const QStringList &arguments, bool firstInstance)
     const QString &argument = arguments.at(1);
     if (QFile::exists(argument)) {
         // A second instance only hands the file over; the first one opens
-        // the file itself, from the same hand-over file, once it is up.
-        decision.handOverFile = argument;
+        // the file itself, from the same hand-over file, once it is up. The
+        // first may run in another folder: the path goes over whole.
+        decision.handOverFile = QFileInfo(argument).absoluteFilePath();
         decision.showWindow = firstInstance;
     } else if (argument == QLatin1String("-ape")) {
         decision.showWindow = false;

@@ -6,7 +6,7 @@
 /** What the program does with its command line. */
 struct StartDecision
 {
-    /** A file to append to the hand-over file; empty for none. */
+    /** A file to append to the hand-over file, as an absolute path; empty for none. */
     QString handOverFile;
     /** Whether the splash and the main window come up. */
     bool showWindow = true;
