@@ -5,27 +5,146 @@
 
 #include "cliapp.h"
 
+#include "core/base/qprojecttypes.h"
 #include "core/sprites/qsprites.h"
 #include "core/sprites/qstreamcachefilter.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QSet>
 
+#include <algorithm>
 #include <map>
+#include <optional>
 
 namespace Cli {
 
 namespace {
 
-/** Loads `path` into `sprites`, or says why not under `verb`. */
-bool loadSprites(const QString &verb, const QString &path, QSprites &sprites)
+/** The kinds of project a lone sprite file may belong to, as --kind and info name them. */
+struct KindName
 {
-    if (sprites.fromFile(path, false))
-        return true;
-    error(verb, QStringLiteral("%1: can't be read as a sprite file").arg(path));
+    const char *name;
+    /** A QProjectType; 0 for anything that isn't a project's, a screenpack's file for one. */
+    int type;
+};
+
+constexpr KindName kindNames[] = {
+    {"character", Character}, {"stage", Stage}, {"storyboard", Storyboard}, {"font", Font}, {"other", 0}};
+
+QLatin1String kindName(int type)
+{
+    for (const KindName &kind : kindNames) {
+        if (kind.type == type)
+            return QLatin1String(kind.name);
+    }
+    return QLatin1String("other");
+}
+
+/** The kind --kind names; null without the option or for a name that isn't a kind. */
+const KindName *kindOption(const Command &command)
+{
+    const QString wanted = command.value("--kind");
+    const auto *kind = std::find_if(std::cbegin(kindNames), std::cend(kindNames),
+                                    [&](const KindName &k) { return wanted == QLatin1String(k.name); });
+    return kind == std::cend(kindNames) ? nullptr : kind;
+}
+
+/**
+ * The kind of project of the first DEF beside `path`, in the order of
+ * their names, that names it, and that DEF's name. The key that names it
+ * says the kind: "sprite" of [Files] a character, "spr" of [BGDef] a stage,
+ * "spr" of [SceneDef] a storyboard, "file" of [Def] a font. Any other key
+ * (the "spr" and "sff" of a screenpack's system.def and fight.def) means no
+ * project's kind. False when no DEF names the file.
+ */
+bool kindOfDefinitions(const QString &path, int *type, QString *def)
+{
+    const QFileInfo sprites(path);
+    const QDir folder = sprites.absoluteDir();
+    const QStringList names =
+        folder.entryList({QStringLiteral("*.def")}, QDir::Files, QDir::Name | QDir::IgnoreCase);
+    for (const QString &name : names) {
+        QFile file(folder.filePath(name));
+        // A DEF is text of a few kilobytes; whatever is this large isn't one.
+        if (file.size() > 4 * 1024 * 1024 || !file.open(QIODevice::ReadOnly))
+            continue;
+        QByteArray text = file.readAll();
+        if (text.startsWith("\xEF\xBB\xBF"))
+            text.remove(0, 3);
+        QByteArray section;
+        for (QByteArray line : text.split('\n')) {
+            const qsizetype comment = line.indexOf(';');
+            if (comment >= 0)
+                line.truncate(comment);
+            line = line.trimmed();
+            if (line.startsWith('[')) {
+                section = line.mid(1, line.indexOf(']') - 1).trimmed().toLower();
+                continue;
+            }
+            const qsizetype equals = line.indexOf('=');
+            if (equals < 0)
+                continue;
+            const QByteArray key = line.left(equals).trimmed().toLower();
+            const QString value =
+                QString::fromLatin1(line.mid(equals + 1).trimmed().replace('"', "").replace('\\', '/'));
+            if (QFileInfo(value).fileName().compare(sprites.fileName(), Qt::CaseInsensitive) != 0)
+                continue;
+            *type = section == "files" && key == "sprite" ? Character
+                : section == "bgdef" && key == "spr"      ? Stage
+                : section == "scenedef" && key == "spr"   ? Storyboard
+                : section == "def" && key == "file"       ? Font
+                                                           : 0;
+            *def = name;
+            return true;
+        }
+    }
     return false;
+}
+
+/** The project a lone sprite file is read in: only its kind, which the sprite rules ask for. */
+class LoneFileProject : public QProjectOwner
+{
+public:
+    int projectType() const override { return type; }
+    quint32 engineVersion() const override { return DefaultEngineVersion; }
+    QMessageList *messageList() override { return nullptr; }
+    void documentChanged(QProjectFile *) override {}
+
+    /** A file with neither a DEF naming it nor --kind is read as a character's, as a set without a project. */
+    int type = Character;
+    /** What gave the kind: "--kind", the name of a DEF, or nothing. */
+    QString from;
+};
+
+/** A sprite file read alone, with the kind of project it belongs to. */
+struct LoneSprites
+{
+    LoneFileProject project;
+    QSprites sprites{&project, 0, false, -1};
+};
+
+/**
+ * Reads `path` into `set`, of the kind --kind gives, or else the DEF beside
+ * it that names it; the exit status when it can't, said under `verb`.
+ */
+std::optional<int> loadSprites(const Command &command, const QString &verb, const QString &path, LoneSprites &set)
+{
+    if (!kindOptionValid(command, verb))
+        return UsageError;
+    if (const KindName *kind = kindOption(command)) {
+        set.project.type = kind->type;
+        set.project.from = QStringLiteral("--kind");
+    } else {
+        kindOfDefinitions(path, &set.project.type, &set.project.from);
+    }
+    if (set.sprites.fromFile(path, false))
+        return std::nullopt;
+    error(verb, QStringLiteral("%1: can't be read as a sprite file").arg(path));
+    return Failure;
 }
 
 QString versionText(quint32 version)
@@ -63,9 +182,10 @@ QString storedFormat(const QSpriteData *data)
 
 int spriteInfo(const Command &command, const QString &path)
 {
-    QSprites sprites(nullptr, 0, false, -1);
-    if (!loadSprites(QStringLiteral("info"), path, sprites))
-        return Failure;
+    LoneSprites set;
+    if (const auto failed = loadSprites(command, QStringLiteral("info"), path, set))
+        return *failed;
+    QSprites &sprites = set.sprites;
     // Formats are counted once per stored image: a linked sprite has none of its own.
     std::map<QString, int> formats;
     QSet<const QSpriteData *> images;
@@ -107,6 +227,8 @@ int spriteInfo(const Command &command, const QString &path)
         }
         printJson(QJsonObject{{QStringLiteral("kind"), QStringLiteral("sprites")},
                               {QStringLiteral("path"), path},
+                              {QStringLiteral("projectKind"), kindName(set.project.type)},
+                              {QStringLiteral("projectKindFrom"), set.project.from},
                               {QStringLiteral("version"), versionText(sprites.version())},
                               {QStringLiteral("sprites"), sprites.count()},
                               {QStringLiteral("palettes"), sprites.paletteCount()},
@@ -117,6 +239,10 @@ int spriteInfo(const Command &command, const QString &path)
         return Success;
     }
     out() << "Sprite file: " << path << '\n'
+          << "Kind: " << kindName(set.project.type) << ", "
+          << (set.project.from.isEmpty() ? QStringLiteral("as no DEF beside it names it")
+                                         : QStringLiteral("from ") + set.project.from)
+          << '\n'
           << "Version: " << versionText(sprites.version()) << '\n'
           << "Sprites: " << sprites.count() << ", palettes: " << sprites.paletteCount() << '\n'
           << "Formats:";
@@ -136,13 +262,13 @@ int spriteInfo(const Command &command, const QString &path)
     return Success;
 }
 
-bool spriteCheck(const Command &, const QString &path, QList<Diagnostic> &diagnostics)
+bool spriteCheck(const Command &command, const QString &path, QList<Diagnostic> &diagnostics)
 {
-    QSprites sprites(nullptr, 0, false, -1);
-    if (!loadSprites(QStringLiteral("check"), path, sprites))
+    LoneSprites set;
+    if (loadSprites(command, QStringLiteral("check"), path, set))
         return false;
-    sprites.check();
-    appendItemDiagnostics(path, sprites.messages(), diagnostics);
+    set.sprites.check();
+    appendItemDiagnostics(path, set.sprites.messages(), diagnostics);
     return true;
 }
 
@@ -160,9 +286,10 @@ int spriteSave(const Command &command, const QString &in, const QString &outPath
         error(QStringLiteral("save"), QStringLiteral("--sff-version: %1 isn't 1.01, 2.00 or 2.01").arg(wanted));
         return UsageError;
     }
-    QSprites sprites(nullptr, 0, false, -1);
-    if (!loadSprites(QStringLiteral("save"), in, sprites))
-        return Failure;
+    LoneSprites set;
+    if (const auto failed = loadSprites(command, QStringLiteral("save"), in, set))
+        return *failed;
+    QSprites &sprites = set.sprites;
     // As "Save as" does: the refusals of the check come first, with their
     // reasons on standard error.
     if (!sprites.checkSave(version ? version : sprites.version()))
@@ -179,9 +306,10 @@ int spriteExtract(const Command &command)
     const QString verb = QStringLiteral("sff extract");
     const QString path = command.args.at(0);
     const QDir folder(command.args.at(1));
-    QSprites sprites(nullptr, 0, false, -1);
-    if (!loadSprites(verb, path, sprites))
-        return Failure;
+    LoneSprites set;
+    if (const auto failed = loadSprites(command, verb, path, set))
+        return *failed;
+    const QSprites &sprites = set.sprites;
     if (!QDir().mkpath(folder.filePath(QStringLiteral("palettes")))) {
         error(verb, QStringLiteral("%1: the folder can't be made").arg(folder.path()));
         return Failure;
@@ -218,6 +346,15 @@ int spriteExtract(const Command &command)
 
 } // namespace
 
+bool kindOptionValid(const Command &command, const QString &verb)
+{
+    if (command.value("--kind").isEmpty() || kindOption(command))
+        return true;
+    error(verb, QStringLiteral("--kind wants character, stage, storyboard, font or other, not \"%1\"")
+                    .arg(command.value("--kind")));
+    return false;
+}
+
 void registerSpriteFormat()
 {
     Format format;
@@ -226,16 +363,16 @@ void registerSpriteFormat()
     format.info = spriteInfo;
     format.check = spriteCheck;
     format.save = spriteSave;
-    format.saveValueOptions = {QStringLiteral("--sff-version")};
+    format.saveValueOptions = {QStringLiteral("--sff-version"), QStringLiteral("--kind")};
     registerFormat(format);
 }
 
 void registerSpriteVerbs()
 {
-    registerVerb({QStringLiteral("sff extract"), QStringLiteral("FILE.sff DIR [--json]"),
+    registerVerb({QStringLiteral("sff extract"), QStringLiteral("FILE.sff DIR [--kind KIND] [--json]"),
                   QStringLiteral("write each sprite as DIR/<place>_<group>-<index>.png and each palette as "
                                  "DIR/palettes/<group>-<index>.act"),
-                  {QStringLiteral("--json")}, {}, 2, 2, spriteExtract});
+                  {QStringLiteral("--json")}, {QStringLiteral("--kind")}, 2, 2, spriteExtract});
 }
 
 } // namespace Cli

@@ -73,6 +73,8 @@ int runCheck(const Command &command)
                                            .arg(command.value("--mugen-version")));
         return UsageError;
     }
+    if (!kindOptionValid(command, QStringLiteral("check")))
+        return UsageError;
     QList<Diagnostic> diagnostics;
     bool failed = false;
     for (const QString &path : command.args) {
@@ -212,12 +214,14 @@ void registerFormats()
 
 void registerVerbs()
 {
-    registerVerb({QStringLiteral("info"), QStringLiteral("FILE [--json]"),
-                  QStringLiteral("show what a file holds"), {QStringLiteral("--json")}, {}, 1, 1,
-                  runInfo});
-    registerVerb({QStringLiteral("check"), QStringLiteral("FILE... [--mugen-version X.Y] [--json]"),
+    // --kind: the kind of project a sprite file is read as.
+    registerVerb({QStringLiteral("info"), QStringLiteral("FILE [--kind KIND] [--json]"),
+                  QStringLiteral("show what a file holds"), {QStringLiteral("--json")}, {QStringLiteral("--kind")}, 1,
+                  1, runInfo});
+    registerVerb({QStringLiteral("check"), QStringLiteral("FILE... [--mugen-version X.Y] [--kind KIND] [--json]"),
                   QStringLiteral("check files; exit status 1 when there is an error"),
-                  {QStringLiteral("--json")}, {QStringLiteral("--mugen-version")}, 1, -1, runCheck});
+                  {QStringLiteral("--json")}, {QStringLiteral("--mugen-version"), QStringLiteral("--kind")}, 1, -1,
+                  runCheck});
 
     // save takes the options of every format; the format then refuses those
     // that aren't its own.

@@ -11,6 +11,7 @@
 #include "testsupport.h"
 
 #include <QDirIterator>
+#include <QRegularExpression>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QtTest>
@@ -338,6 +339,53 @@ private Q_SLOTS:
                  QByteArray("[Info]\r\nname = \"Mine\"\r\n[BGdef]\r\nspr = _test.sff\r\n[BG 1]\r\nspr = _test.sff\r\n"));
         QCOMPARE(readFile(target + QStringLiteral("_test.sff")), QByteArray("SFF"));
         QCOMPARE(created, QStringList({target + QStringLiteral("_test.def"), target + QStringLiteral("_test.sff")}));
+    }
+
+    void savingWithoutEditsChangesNoFile_data()
+    {
+        QTest::addColumn<QString>("def");
+        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.def")});
+        if (files.isEmpty())
+            QSKIP("the corpus isn't there");
+        static const QRegularExpression character(QStringLiteral("^\\s*sprite\\s*="),
+                                                  QRegularExpression::MultilineOption
+                                                      | QRegularExpression::CaseInsensitiveOption);
+        for (const QString &file : files) {
+            if (QString::fromLatin1(readFile(file)).contains(character))
+                QTest::newRow(qPrintable(file.mid(TestSupport::corpusDir().size() + 1))) << file;
+        }
+    }
+
+    void savingWithoutEditsChangesNoFile()
+    {
+        QFETCH(QString, def);
+        // A copy of the character's folder: a save must never reach the corpus.
+        QTemporaryDir copy;
+        const QDir source = QFileInfo(def).absoluteDir();
+        QHash<QString, QByteArray> before;
+        for (QDirIterator it(source.path(), QDir::Files, QDirIterator::Subdirectories); it.hasNext();) {
+            const QString relative = source.relativeFilePath(it.next());
+            before.insert(relative, readFile(it.filePath()));
+            QVERIFY(writeFile(copy.filePath(relative), before.value(relative)));
+        }
+        // The one file a save writes all the same is the DEF, as it is, but
+        // with the line ends every saved text has.
+        const QString name = QFileInfo(def).fileName();
+        QByteArray &text = before[name];
+        text.replace("\r\n", "\n").replace("\n", "\r\n");
+        QRecordingUserPrompt prompt;
+        QProject project(0, true);
+        QVERIFY(project.fromFile(copy.filePath(name), 0, false, false));
+        QVERIFY(project.save());
+        QStringList changed;
+        int compared = 0;
+        for (QDirIterator it(copy.path(), QDir::Files, QDirIterator::Subdirectories); it.hasNext(); ++compared) {
+            const QString relative = QDir(copy.path()).relativeFilePath(it.next());
+            if (readFile(it.filePath()) != before.value(relative))
+                changed.append(relative);
+        }
+        QCOMPARE(changed.join(QLatin1String(", ")), QString());
+        QCOMPARE(compared, before.size());
     }
 };
 

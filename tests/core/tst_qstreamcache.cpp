@@ -1,6 +1,7 @@
 #include "core/sprites/imagecodecs.h"
 #include "core/sprites/qstreamcache.h"
 #include "core/sprites/qstreamcachefilter.h"
+#include "spritesets.h"
 
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -17,26 +18,6 @@ quint64 bitwiseCrc(const QByteArray &bytes, quint64 crc)
             crc = (crc & 1) ? (crc >> 1) ^ 0x95AC9329AC4BC9B5ull : crc >> 1;
     }
     return crc;
-}
-
-QImage testImage(int width, int height, int seed)
-{
-    QImage image(width, height, QImage::Format_Indexed8);
-    image.setColorTable(QList<QRgb>(256, qRgb(1, 2, 3)));
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x)
-            image.scanLine(y)[x] = uchar((x / 4 + y * seed) % 31);
-    }
-    return image;
-}
-
-QImageInfo infoOf(const QImage &image)
-{
-    QImageInfo info;
-    info.width = quint16(image.width());
-    info.height = quint16(image.height());
-    info.format = image.format();
-    return info;
 }
 
 QByteArray blob(int size, int seed)
@@ -82,12 +63,12 @@ private Q_SLOTS:
         QFETCH(bool, compress);
         QStreamCache store(QStringLiteral("mugenspr"), mode, compress, 9);
         QCOMPARE(store.mode(), mode);
-        const QImage image = testImage(37, 20, 3);
+        const QImage image = SpriteSets::lowIndexes(37, 20, 3);
         const QByteArray pixels = imagePixels(image);
         const QByteArray rle8 = encodeRle8(image);
 
-        QStreamCacheEntry *raw = store.add(pixels, QStreamCacheFilter::Raw, infoOf(image));
-        QStreamCacheEntry *encoded = store.add(rle8, QStreamCacheFilter::RLE8, infoOf(image));
+        QStreamCacheEntry *raw = store.add(pixels, QStreamCacheFilter::Raw, SpriteSets::infoOf(image));
+        QStreamCacheEntry *encoded = store.add(rle8, QStreamCacheFilter::RLE8, SpriteSets::infoOf(image));
         QCOMPARE(store.count(), 2);
         QCOMPARE(store.decoded(raw), pixels);
         QCOMPARE(store.decoded(encoded), pixels);
@@ -108,72 +89,28 @@ private Q_SLOTS:
             QCOMPARE(encoded->position(), raw->storedSize());
             QCOMPARE(QFileInfo(store.fileName()).size(), qint64(raw->storedSize() + encoded->storedSize()));
         }
-    }
-
-    void nullAndBrokenEntriesReadEmpty()
-    {
-        QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Memory);
+        // No entry, an unknown filter and no bytes read as nothing.
         QVERIFY(store.raw(nullptr).isEmpty());
         QVERIFY(store.decoded(nullptr).isEmpty());
         QCOMPARE(store.filterOf(nullptr), 0);
-        QImageInfo info = infoOf(testImage(4, 4, 1));
-        QStreamCacheEntry *unknown = store.add(QByteArray("abc"), 9, info);
-        QVERIFY(store.decoded(unknown).isEmpty());
-        QStreamCacheEntry *empty = store.add(QByteArray(), QStreamCacheFilter::RLE8, info);
-        QVERIFY(store.decoded(empty).isEmpty());
-        QVERIFY(!store.replace(nullptr, QByteArray("x"), 0, info));
+        QVERIFY(store.decoded(store.add(QByteArray("abc"), 9, SpriteSets::infoOf(image))).isEmpty());
+        QVERIFY(store.decoded(store.add(QByteArray(), QStreamCacheFilter::RLE8, SpriteSets::infoOf(image))).isEmpty());
+        QVERIFY(!store.replace(nullptr, QByteArray("x"), 0, SpriteSets::infoOf(image)));
     }
 
-    void diskRemovalCompactsTheFile()
-    {
-        QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Disk);
-        QList<QStreamCacheEntry *> entries;
-        QList<QByteArray> blobs;
-        for (int i = 0; i < 5; ++i) {
-            blobs.append(blob(100 + i * 10, i));
-            entries.append(store.add(blobs.last(), 0, QImageInfo()));
-        }
-        const QString file = store.fileName();
-        const qint64 fullSize = QFileInfo(file).size();
-
-        // The second goes: everything behind it moves up by its size.
-        const quint32 thirdWas = entries[2]->position();
-        store.release(entries[1]);
-        QCOMPARE(QFileInfo(file).size(), fullSize - 110);
-        QCOMPARE(entries[2]->position(), thirdWas - 110);
-        QCOMPARE(entries[0]->position(), quint32(0));
-        for (int i : {0, 2, 3, 4})
-            QCOMPARE(store.raw(entries[i]), blobs[i]);
-
-        // The last written goes: no other entry moves.
-        const QList<quint32> before = {entries[0]->position(), entries[2]->position(), entries[3]->position()};
-        store.release(entries[4]);
-        QCOMPARE((QList<quint32>{entries[0]->position(), entries[2]->position(), entries[3]->position()}), before);
-        QCOMPARE(QFileInfo(file).size(), fullSize - 110 - 140);
-
-        // A replacement leaves its old place and goes to the end.
-        const QByteArray bigger = blob(500, 9);
-        QVERIFY(store.replace(entries[0], bigger, 0, QImageInfo()));
-        QCOMPARE(entries[2]->position(), quint32(0));
-        QCOMPARE(entries[0]->position(), quint32(120 + 130));
-        QCOMPARE(store.raw(entries[0]), bigger);
-        QCOMPARE(store.raw(entries[3]), blobs[3]);
-
-        store.clear();
-        QCOMPARE(store.count(), 0);
-        QCOMPARE(QFileInfo(file).size(), qint64(0));
-    }
-
-    void manyReleasesCompactOnce_data()
+    void releasesCompactTheFile_data()
     {
         QTest::addColumn<int>("mode");
-        QTest::newRow("disk") << int(QStreamCache::Disk);
-        QTest::newRow("memory") << int(QStreamCache::Memory);
+        QTest::addColumn<bool>("inOneGo");
+        QTest::newRow("disk, one by one") << int(QStreamCache::Disk) << false;
+        QTest::newRow("disk, in one go") << int(QStreamCache::Disk) << true;
+        QTest::newRow("memory, in one go") << int(QStreamCache::Memory) << true;
     }
 
-    void manyReleasesCompactOnce()
+    void releasesCompactTheFile()
     {
         QFETCH(int, mode);
+        QFETCH(bool, inOneGo);
         QStreamCache store(QStringLiteral("mugenspr"), mode);
         QStreamCache other(QStringLiteral("mugenspr"), mode);
         QList<QStreamCacheEntry *> entries;
@@ -182,60 +119,51 @@ private Q_SLOTS:
             blobs.append(blob(100 + i * 10, i));
             entries.append(store.add(blobs.last(), 0, QImageInfo()));
         }
+        const auto positions = [&](const QList<int> &which) {
+            QList<quint32> list;
+            for (const int i : which)
+                list.append(entries[i]->position());
+            return list;
+        };
+        const bool disk = mode == QStreamCache::Disk;
+        // The second and the fourth go, and everything behind each moves up
+        // by its size; a null entry and another store's are ignored.
         QStreamCacheEntry *foreign = other.add(blob(50, 9), 0, QImageInfo());
-        // The second and the fourth go; a null entry and another store's are ignored.
-        store.release(QList<QStreamCacheEntry *>({entries[3], nullptr, entries[1], foreign}));
-        QCOMPARE(store.count(), 4);
-        QCOMPARE(other.count(), 1);
+        const QList<QStreamCacheEntry *> going{entries[3], nullptr, entries[1], foreign};
+        if (inOneGo) {
+            store.release(going);
+        } else {
+            for (QStreamCacheEntry *entry : going)
+                store.release(entry);
+        }
+        QCOMPARE(QList<int>({store.count(), other.count()}), QList<int>({4, 1}));
         for (int i : {0, 2, 4, 5})
             QCOMPARE(store.raw(entries[i]), blobs[i]);
-        if (mode == QStreamCache::Disk) {
-            QCOMPARE(QFileInfo(store.fileName()).size(), qint64(100 + 120 + 140 + 150));
-            QCOMPARE(entries[2]->position(), quint32(100));
-            QCOMPARE(entries[4]->position(), quint32(220));
-            QCOMPARE(entries[5]->position(), quint32(360));
+        if (disk)
+            QCOMPARE(positions({0, 2, 4, 5}), QList<quint32>({0, 100, 220, 360}));
+        // The last written goes: no other entry moves.
+        store.release(entries[5]);
+        if (disk)
+            QCOMPARE(positions({0, 2, 4}), QList<quint32>({0, 100, 220}));
+        // A replacement leaves its old place and goes to the end.
+        const QByteArray bigger = blob(500, 9);
+        QVERIFY(store.replace(entries[0], bigger, 0, QImageInfo()));
+        QCOMPARE(store.raw(entries[0]), bigger);
+        QCOMPARE(store.raw(entries[4]), blobs[4]);
+        if (disk) {
+            QCOMPARE(positions({2, 4, 0}), QList<quint32>({0, 120, 260}));
+            QCOMPARE(QFileInfo(store.fileName()).size(), qint64(120 + 140 + 500));
         }
-        // The entries went back to the pool: the next ones reuse them.
-        QStreamCacheEntry *again = store.add(blob(10, 1), 0, QImageInfo());
-        QVERIFY(again == entries[1] || again == entries[3]);
-    }
-
-    void diskFileIsUniqueAndGoesWithTheStore()
-    {
-        QString first;
-        {
-            QStreamCache a(QStringLiteral("mugenspr"), QStreamCache::Disk);
-            QStreamCache b(QStringLiteral("mugenspr"), QStreamCache::Disk);
-            first = a.fileName();
-            QVERIFY(QFileInfo(first).fileName().startsWith(QLatin1String("mugenspr")));
-            QVERIFY(a.fileName() != b.fileName());
-            QVERIFY(QFileInfo::exists(first));
-        }
-        QVERIFY(!QFileInfo::exists(first));
-        QVERIFY(QStreamCache(QStringLiteral("mugenspr"), QStreamCache::Memory).fileName().isEmpty());
-    }
-
-    void releasedEntriesAreReused()
-    {
-        QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Memory);
-        QStreamCacheEntry *a = store.add(QByteArray("a"), 0, QImageInfo());
-        QStreamCacheEntry *b = store.add(QByteArray("b"), 0, QImageInfo());
-        store.release(a);
-        store.release(b);
-        // The last given back is the first taken, cleared.
-        QStreamCacheEntry *c = store.add(QByteArray(), 0, QImageInfo());
-        QCOMPARE(c, b);
-        QCOMPARE(c->size(), quint32(0));
-        QCOMPARE(c->hash(), quint64(0));
-        QCOMPARE(store.add(QByteArray("d"), 0, QImageInfo()), a);
-        // An entry of another store, or one given back twice, is left alone.
-        QStreamCache other(QStringLiteral("mugenspr"), QStreamCache::Memory);
-        other.release(c);
-        QCOMPARE(store.count(), 2);
-        store.release(c);
-        store.release(c);
-        QCOMPARE(store.count(), 1);
-        QCOMPARE(store.add(QByteArray("e"), 0, QImageInfo()), c);
+        // An entry given back twice is left alone the second time.
+        store.release(entries[1]);
+        QCOMPARE(store.count(), 3);
+        // The entries went back to the pool: the next ones reuse them, cleared.
+        QStreamCacheEntry *again = store.add(QByteArray(), 0, QImageInfo());
+        QVERIFY(again == entries[1] || again == entries[3] || again == entries[5]);
+        QCOMPARE(again->hash(), quint64(0));
+        store.clear();
+        QCOMPARE(store.count(), 0);
+        QCOMPARE(QFileInfo(store.fileName()).size(), qint64(0));
     }
 
     void same_data()
@@ -249,12 +177,12 @@ private Q_SLOTS:
     {
         QFETCH(int, mode);
         QStreamCache store(QStringLiteral("mugenspr"), mode, true);
-        const QImage image = testImage(30, 9, 2);
-        const QImageInfo info = infoOf(image);
+        const QImage image = SpriteSets::lowIndexes(30, 9, 2);
+        const QImageInfo info = SpriteSets::infoOf(image);
         QStreamCacheEntry *raw = store.add(imagePixels(image), 0, info);
         QStreamCacheEntry *rle8 = store.add(encodeRle8(image), QStreamCacheFilter::RLE8, info);
         QStreamCacheEntry *lz5 = store.add(encodeLz5(image, true), QStreamCacheFilter::LZ5, info);
-        QStreamCacheEntry *other = store.add(encodeRle8(testImage(30, 9, 5)), QStreamCacheFilter::RLE8, info);
+        QStreamCacheEntry *other = store.add(encodeRle8(SpriteSets::lowIndexes(30, 9, 5)), QStreamCacheFilter::RLE8, info);
 
         // One image in three encodings.
         QVERIFY(store.same(raw, rle8));
@@ -266,6 +194,12 @@ private Q_SLOTS:
         // Known hashes and equal stored bytes need no decoding.
         QStreamCacheEntry *copy = store.add(store.raw(rle8), QStreamCacheFilter::RLE8, info, rle8->hash());
         QVERIFY(store.same(copy, rle8));
+        // The first entry of equal pixels other than the one left out.
+        const QByteArray pixels = imagePixels(image);
+        QCOMPARE(store.findEqual(pixels, nullptr), raw);
+        QCOMPARE(store.findEqual(pixels, raw), rle8);
+        QVERIFY(!store.findEqual(imagePixels(SpriteSets::lowIndexes(30, 9, 7)), nullptr));
+        QVERIFY(!store.findEqual(QByteArray(), nullptr));
 
         // The same pixels at another size are another image.
         QImageInfo wider = info;
@@ -273,32 +207,12 @@ private Q_SLOTS:
         wider.height = 4;
         QStreamCacheEntry *reshaped = store.add(encodeRle8(image), QStreamCacheFilter::RLE8, wider);
         QVERIFY(!store.same(reshaped, rle8));
+        QVERIFY(!store.findEqual(pixels, nullptr, wider));
         // Two images that don't decode are not equal.
         QStreamCacheEntry *broken = store.add(QByteArray("junk"), QStreamCacheFilter::PNG, info);
         QStreamCacheEntry *broken2 = store.add(QByteArray("junk"), QStreamCacheFilter::PNG, info);
         QVERIFY(!store.same(broken, broken2));
         QVERIFY(!store.same(broken, nullptr));
-    }
-
-    void findEqual()
-    {
-        QStreamCache store(QStringLiteral("mugenspr"), QStreamCache::Disk);
-        const QImage image = testImage(21, 6, 4);
-        const QByteArray pixels = imagePixels(image);
-        QStreamCacheEntry *first = store.add(encodeRle8(testImage(21, 6, 7)), QStreamCacheFilter::RLE8, infoOf(image));
-        QStreamCacheEntry *lz5 = store.add(encodeLz5(image, true), QStreamCacheFilter::LZ5, infoOf(image));
-        QStreamCacheEntry *raw = store.add(pixels, 0, infoOf(image));
-
-        QCOMPARE(store.findEqual(pixels, nullptr), lz5);
-        QCOMPARE(store.findEqual(pixels, lz5), raw);
-        QCOMPARE(store.findEqual(pixels, raw), lz5);
-        QVERIFY(first->hash() != 0);
-        QVERIFY(!store.findEqual(imagePixels(testImage(21, 6, 8)), nullptr));
-        QVERIFY(!store.findEqual(QByteArray(), nullptr));
-        // With a size given, only entries of that size count.
-        QImageInfo other = infoOf(image);
-        other.height = 3;
-        QVERIFY(!store.findEqual(pixels, nullptr, other));
     }
 };
 

@@ -6,17 +6,12 @@
 
 namespace {
 
-QImage imageOf(const QList<QRgb> &pixels, QImage::Format format = QImage::Format_RGB32)
+QImage imageOf(const QList<QRgb> &pixels)
 {
-    QImage image(int(pixels.size()), 1, format);
+    QImage image(int(pixels.size()), 1, QImage::Format_RGB32);
     for (int x = 0; x < pixels.size(); ++x)
         image.setPixel(x, 0, pixels.at(x));
     return image;
-}
-
-QRgb colorAt(const QRGBPal &colors, int i)
-{
-    return colors.rgba(i);
 }
 
 } // namespace
@@ -26,59 +21,48 @@ class tst_Quantiser : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aRedRampNeedsNoReduction()
+    void leaves_data()
     {
-        QList<QRgb> ramp;
+        QTest::addColumn<int>("maxColors");
+        QTest::addColumn<int>("depth");
+        QTest::addColumn<QList<QRgb>>("pixels");
+        QTest::addColumn<QList<QRgb>>("expected");
         // Out of order, to show that the output follows the tree, not the pixels.
-        for (int i = 0; i < 256; ++i)
+        QList<QRgb> ramp;
+        QList<QRgb> sorted;
+        for (int i = 0; i < 256; ++i) {
             ramp.append(qRgb((i * 97) % 256, 0, 0));
-        OctreeQuantizer quantizer(256, 8);
-        quantizer.addImage(imageOf(ramp));
-        QCOMPARE(quantizer.leafCount(), 256);
-        const QRGBPal colors = quantizer.palette();
-        for (int i = 0; i < 256; ++i)
-            QCOMPARE(colorAt(colors, i), qRgb(i, 0, 0));
+            sorted.append(qRgb(i, 0, 0));
+        }
+        QTest::newRow("a red ramp needs no reduction") << 256 << 8 << ramp << sorted;
+        // Three colours in two leaves: the last two made share a parent one
+        // level up, and it is the newest node of the deepest level. A leaf
+        // is the average of its pixels, rounded down; the rest stays 0.
+        QTest::newRow("reduction folds the newest deepest node")
+            << 2 << 8 << QList<QRgb>({qRgb(0, 0, 0), qRgb(255, 255, 254), qRgb(255, 255, 255), qRgb(255, 255, 255)})
+            << QList<QRgb>({qRgb(0, 0, 0), qRgb(255, 255, 254), qRgba(0, 0, 0, 0)});
+        // Both colours differ at the top bit: only the root can hold them in
+        // one, and later pixels end there.
+        QTest::newRow("fewer colours than the root's children")
+            << 1 << 8 << QList<QRgb>({qRgb(0, 0, 0), qRgb(200, 100, 50), qRgb(100, 50, 25)})
+            << QList<QRgb>({qRgb(100, 50, 25)});
+        QTest::newRow("a shallow tree groups by the top bits")
+            << 256 << 3 << QList<QRgb>({qRgb(0, 0, 0), qRgb(31, 31, 31), qRgb(32, 0, 0)})
+            << QList<QRgb>({qRgb(15, 15, 15), qRgb(32, 0, 0)});
     }
 
-    void reductionFoldsTheNewestDeepestNode()
+    void leaves()
     {
-        // Three colours in two leaves: the last two made share a parent
-        // one level up, and it is the newest node of the deepest level.
-        OctreeQuantizer quantizer(2, 8);
-        quantizer.addColor(0, 0, 0);
-        quantizer.addColor(255, 255, 254);
-        quantizer.addColor(255, 255, 255);
-        quantizer.addColor(255, 255, 255);
-        QCOMPARE(quantizer.leafCount(), 2);
-        const QRGBPal colors = quantizer.palette();
-        QCOMPARE(colorAt(colors, 0), qRgb(0, 0, 0));
-        // The average of its pixels, rounded down.
-        QCOMPARE(colorAt(colors, 1), qRgb(255, 255, 254));
-        QCOMPARE(colorAt(colors, 2), qRgba(0, 0, 0, 0));
-    }
-
-    void fewerColoursThanTheRootsChildren()
-    {
-        // Both colours differ at the top bit: only the root can hold them in one.
-        OctreeQuantizer quantizer(1, 8);
-        quantizer.addColor(0, 0, 0);
-        quantizer.addColor(200, 100, 50);
-        QCOMPARE(quantizer.leafCount(), 1);
-        QCOMPARE(colorAt(quantizer.palette(), 0), qRgb(100, 50, 25));
-        // Later pixels end at the root.
-        quantizer.addColor(100, 50, 25);
-        QCOMPARE(colorAt(quantizer.palette(), 0), qRgb(100, 50, 25));
-    }
-
-    void aShallowTreeGroupsByTheTopBits()
-    {
-        OctreeQuantizer quantizer(256, 3);
-        quantizer.addColor(0, 0, 0);
-        quantizer.addColor(31, 31, 31);
-        quantizer.addColor(32, 0, 0);
-        QCOMPARE(quantizer.leafCount(), 2);
-        QCOMPARE(colorAt(quantizer.palette(), 0), qRgb(15, 15, 15));
-        QCOMPARE(colorAt(quantizer.palette(), 1), qRgb(32, 0, 0));
+        QFETCH(int, maxColors);
+        QFETCH(int, depth);
+        QFETCH(QList<QRgb>, pixels);
+        QFETCH(QList<QRgb>, expected);
+        OctreeQuantizer quantizer(maxColors, depth);
+        quantizer.addImage(imageOf(pixels));
+        // The leaves come first, opaque; the rest of the array is 0.
+        const auto opaque = [](QRgb c) { return qAlpha(c) == 255; };
+        QCOMPARE(quantizer.leafCount(), int(std::count_if(expected.cbegin(), expected.cend(), opaque)));
+        QCOMPARE(quantizer.palette().toColorVector().mid(0, expected.size()), expected);
     }
 
     void manyColoursStayWithinTheLimit_data()
@@ -109,7 +93,7 @@ private Q_SLOTS:
             ++made;
         QVERIFY(made > 0 && made <= maxColors);
         for (int i = made; i < 256; ++i)
-            QCOMPARE(colorAt(colors, i), 0u);
+            QCOMPARE(colors.rgba(i), 0u);
     }
 
     void adaptingKeepsAlphaOnlyWhereTheImageHasIt()

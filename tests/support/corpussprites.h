@@ -1,12 +1,15 @@
 #pragma once
 
-// Encoded sprite data out of the sprite files of the corpus, for the codec
-// tests and benchmarks. A small reader of the file headers, just enough to
-// find the image bytes: it walks version 2 sprite nodes and version 1
-// subfiles, skips what it can't place, and is no model of the format.
+// Encoded sprite data out of sprite files, for the codec tests, the sprite
+// file tests and the benchmarks. A small reader of the file headers, just
+// enough to find the image bytes: it walks version 2 sprite nodes and
+// version 1 subfiles, skips what it can't place, and is no model of the
+// format.
 
 #include "core/sprites/qimageinfo.h"
 #include "core/sprites/qstreamcachefilter.h"
+
+#include "sffbuilder.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -29,29 +32,14 @@ struct Sprite
     QImageInfo info;
     /** The size the file gives for the decoded image; 0 for PCX. */
     quint32 decodedSize = 0;
+    /** The encoded bytes, without the size in front; empty for a linked node. */
     QByteArray data;
+    /** Of a version 2 node: its format and depth as written, its link and its palette. */
+    int format = 0;
+    int depth = 0;
+    int link = 0;
+    int palette = 0;
 };
-
-/** A little-endian number of `bytes` bytes at `at`; 0 beyond the end. */
-inline quint32 number(const QByteArray &b, qsizetype at, int bytes)
-{
-    quint32 value = 0;
-    if (at < 0 || at + bytes > b.size())
-        return 0;
-    for (int i = bytes - 1; i >= 0; --i)
-        value = (value << 8) | uchar(b.at(at + i));
-    return value;
-}
-
-inline quint32 u32(const QByteArray &b, qsizetype at)
-{
-    return number(b, at, 4);
-}
-
-inline quint16 u16(const QByteArray &b, qsizetype at)
-{
-    return quint16(number(b, at, 2));
-}
 
 inline int filterOfNodeFormat(int format)
 {
@@ -69,17 +57,17 @@ inline int filterOfNodeFormat(int format)
     }
 }
 
-/** Calls `found` for every sprite with data in the file `path`. */
-inline void readFile(const QString &path, const std::function<void(const Sprite &)> &found)
+/**
+ * Calls `found` for every sprite of the file `b`, named `path`: each node
+ * of version 2, linked or not, and each subfile with data of version 1.
+ */
+inline void readBytes(const QByteArray &b, const QString &path, const std::function<void(const Sprite &)> &found)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    const QByteArray b = file.readAll();
+    using SffBuilder::u16;
+    using SffBuilder::u32;
     if (b.size() < 512 || !b.startsWith(QByteArrayLiteral("ElecbyteSpr")))
         return;
-    const quint32 version = u32(b, 12);
-    if (version == 0x01000100) {
+    if (u32(b, 12) == 0x01000100) {
         // Walk by the next-offset: length fields of some tools are wrong.
         qsizetype at = 512;
         const quint32 images = u32(b, 20);
@@ -89,41 +77,45 @@ inline void readFile(const QString &path, const std::function<void(const Sprite 
             if (next != 0 && next > quint32(at + 32))
                 length = qsizetype(next) - (at + 32);
             length = qMin(length, b.size() - (at + 32));
-            if (length > 0) {
-                Sprite sprite{path, int(i), QStreamCacheFilter::PCX, QImageInfo(), 0, b.mid(at + 32, length)};
-                found(sprite);
-            }
+            if (length > 0)
+                found(Sprite{path, int(i), QStreamCacheFilter::PCX, QImageInfo(), 0, b.mid(at + 32, length)});
             if (next == 0 || next <= quint32(at))
                 break;
             at = next;
         }
         return;
     }
-    const quint32 nodes = u32(b, 36);
-    const quint32 count = u32(b, 40);
-    const quint32 ldata = u32(b, 52);
-    const quint32 tdata = u32(b, 60);
-    for (quint32 i = 0; i < count; ++i) {
-        const qsizetype node = qsizetype(nodes) + qsizetype(i) * 28;
+    for (quint32 i = 0; i < u32(b, 40); ++i) {
+        const qsizetype node = qsizetype(u32(b, 36)) + qsizetype(i) * 28;
         if (node + 28 > b.size())
             break;
-        const quint32 length = u32(b, node + 20);
-        if (length <= 4)
-            continue;
-        const qsizetype at = qsizetype((u16(b, node + 26) & 1) ? tdata : ldata) + u32(b, node + 16);
-        if (at + qsizetype(length) > b.size())
-            continue;
         Sprite sprite;
         sprite.file = path;
         sprite.number = int(i);
-        sprite.filter = filterOfNodeFormat(uchar(b.at(node + 14)));
-        sprite.info.width = u16(b, node + 4);
-        sprite.info.height = u16(b, node + 6);
-        sprite.info.format = QImageInfo::formatOfDepth(uchar(b.at(node + 15)));
-        sprite.decodedSize = u32(b, at);
-        sprite.data = b.mid(at + 4, length - 4);
+        sprite.format = uchar(b.at(node + 14));
+        sprite.depth = uchar(b.at(node + 15));
+        sprite.link = u16(b, node + 12);
+        sprite.palette = u16(b, node + 24);
+        sprite.filter = filterOfNodeFormat(sprite.format);
+        sprite.info = QImageInfo{u16(b, node + 4), u16(b, node + 6), QImageInfo::formatOfDepth(sprite.depth)};
+        // Raw pixels come without the size in front.
+        const qsizetype sizeBytes = sprite.format == 0 ? 0 : 4;
+        const quint32 length = u32(b, node + 20);
+        const qsizetype at = qsizetype(u32(b, (u16(b, node + 26) & 1) ? 60 : 52)) + u32(b, node + 16);
+        if (length > sizeBytes && at + qsizetype(length) <= b.size()) {
+            sprite.decodedSize = sizeBytes ? u32(b, at) : 0;
+            sprite.data = b.mid(at + sizeBytes, length - sizeBytes);
+        }
         found(sprite);
     }
+}
+
+/** Every sprite of a version 2 file, in the order of its nodes. */
+inline QList<Sprite> nodes(const QByteArray &file)
+{
+    QList<Sprite> sprites;
+    readBytes(file, QString(), [&sprites](const Sprite &sprite) { sprites.append(sprite); });
+    return sprites;
 }
 
 /** Every sprite of the corpus stored with `filter`, in the order of the sorted file names. */
@@ -138,8 +130,11 @@ inline QList<Sprite> withFilter(const QString &corpusDir, int filter)
         files.append(it.next());
     files.sort();
     for (const QString &path : std::as_const(files)) {
-        readFile(path, [&](const Sprite &sprite) {
-            if (sprite.filter == filter)
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        readBytes(file.readAll(), path, [&](const Sprite &sprite) {
+            if (sprite.filter == filter && !sprite.data.isEmpty())
                 sprites.append(sprite);
         });
     }

@@ -10,28 +10,32 @@
 
 namespace SffBuilder {
 
-inline void put32(QByteArray &out, quint32 value)
+/** Appends `value` in little-endian order. */
+template <typename T>
+inline void put(QByteArray &out, T value)
 {
-    char bytes[4];
+    char bytes[sizeof(T)];
     qToLittleEndian(value, bytes);
-    out.append(bytes, 4);
+    out.append(bytes, sizeof(T));
 }
 
-inline void put16(QByteArray &out, quint16 value)
+/** The little-endian number of `size` bytes at `at`; 0 beyond the end. */
+inline quint32 number(const QByteArray &bytes, qsizetype at, int size)
 {
-    char bytes[2];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 2);
+    quint32 value = 0;
+    for (int i = size - 1; i >= 0 && at >= 0 && at + size <= bytes.size(); --i)
+        value = value << 8 | uchar(bytes.at(at + i));
+    return value;
 }
 
 inline quint32 u32(const QByteArray &bytes, qsizetype at)
 {
-    return at + 4 <= bytes.size() ? qFromLittleEndian<quint32>(bytes.constData() + at) : 0;
+    return number(bytes, at, 4);
 }
 
 inline quint16 u16(const QByteArray &bytes, qsizetype at)
 {
-    return at + 2 <= bytes.size() ? qFromLittleEndian<quint16>(bytes.constData() + at) : 0;
+    return quint16(number(bytes, at, 2));
 }
 
 struct Palette
@@ -80,62 +84,42 @@ inline QByteArray colors(int seed, uchar alpha = 255)
 inline QByteArray v2(quint32 version, const QList<Palette> &palettes, const QList<Sprite> &sprites,
                      qint64 spriteCount = -1, qint64 paletteCount = -1)
 {
-    QByteArray ldata;
-    QByteArray tdata;
+    QByteArray blocks[2]; // ldata, tdata
     QByteArray paletteNodes;
     for (const Palette &p : palettes) {
-        put16(paletteNodes, quint16(p.group));
-        put16(paletteNodes, quint16(p.index));
-        put16(paletteNodes, quint16(p.colorCount));
-        put16(paletteNodes, quint16(p.link));
-        put32(paletteNodes, quint32(ldata.size()));
-        put32(paletteNodes, quint32(p.colors.size()));
-        ldata.append(p.colors);
+        for (const int field : {p.group, p.index, p.colorCount, p.link})
+            put(paletteNodes, quint16(field));
+        put(paletteNodes, quint32(blocks[0].size()));
+        put(paletteNodes, quint32(p.colors.size()));
+        blocks[0].append(p.colors);
     }
     QByteArray spriteNodes;
     for (const Sprite &s : sprites) {
-        QByteArray &block = (s.flags & 1) ? tdata : ldata;
-        quint32 offset = quint32(block.size());
-        quint32 length = 0;
-        if (!s.data.isEmpty()) {
-            // Raw pixels come without the size in front.
-            if (s.format != 0)
-                put32(block, quint32(s.width * s.height * (s.depth == 5 ? 8 : s.depth) / 8));
-            block.append(s.data);
-            length = quint32(block.size()) - offset;
-        }
-        put16(spriteNodes, quint16(s.group));
-        put16(spriteNodes, quint16(s.index));
-        put16(spriteNodes, quint16(s.width));
-        put16(spriteNodes, quint16(s.height));
-        put16(spriteNodes, quint16(s.x));
-        put16(spriteNodes, quint16(s.y));
-        put16(spriteNodes, quint16(s.link));
+        QByteArray &block = blocks[s.flags & 1];
+        const quint32 offset = quint32(block.size());
+        // Raw pixels come without the size in front.
+        if (!s.data.isEmpty() && s.format != 0)
+            put(block, quint32(s.width * s.height * (s.depth == 5 ? 8 : s.depth) / 8));
+        block.append(s.data);
+        for (const int field : {s.group, s.index, s.width, s.height, s.x, s.y, s.link})
+            put(spriteNodes, quint16(field));
         spriteNodes.append(char(s.format)).append(char(s.depth));
-        put32(spriteNodes, s.offset >= 0 ? quint32(s.offset) : offset);
-        put32(spriteNodes, s.length >= 0 ? quint32(s.length) : length);
-        put16(spriteNodes, quint16(s.palette));
-        put16(spriteNodes, quint16(s.flags));
+        put(spriteNodes, s.offset >= 0 ? quint32(s.offset) : offset);
+        put(spriteNodes, s.length >= 0 ? quint32(s.length) : quint32(block.size()) - offset);
+        put(spriteNodes, quint16(s.palette));
+        put(spriteNodes, quint16(s.flags));
     }
     const quint32 firstSprite = 512 + quint32(paletteNodes.size());
-    const quint32 ldataAt = firstSprite + quint32(spriteNodes.size());
+    const quint32 ldata = firstSprite + quint32(spriteNodes.size());
     QByteArray out("ElecbyteSpr", 12);
-    put32(out, version);
-    put32(out, 0);
-    put32(out, 0);
-    put32(out, version);
-    put32(out, 0);
-    put32(out, 0);
-    put32(out, firstSprite);
-    put32(out, spriteCount >= 0 ? quint32(spriteCount) : quint32(sprites.size()));
-    put32(out, 512);
-    put32(out, paletteCount >= 0 ? quint32(paletteCount) : quint32(palettes.size()));
-    put32(out, ldataAt);
-    put32(out, quint32(ldata.size()));
-    put32(out, ldataAt + quint32(ldata.size()));
-    put32(out, quint32(tdata.size()));
+    const qint64 header[] = {version, 0, 0, version, 0, 0, firstSprite,
+                             spriteCount >= 0 ? spriteCount : sprites.size(), 512,
+                             paletteCount >= 0 ? paletteCount : palettes.size(), ldata, blocks[0].size(),
+                             ldata + blocks[0].size(), blocks[1].size()};
+    for (const qint64 field : header)
+        put(out, quint32(field));
     out.resize(512, '\0');
-    return out + paletteNodes + spriteNodes + ldata + tdata;
+    return out + paletteNodes + spriteNodes + blocks[0] + blocks[1];
 }
 
 struct Subfile
@@ -158,23 +142,15 @@ struct Subfile
 inline QByteArray v1(const QList<Subfile> &subfiles, qint64 count = -1)
 {
     QByteArray out("ElecbyteSpr", 12);
-    put32(out, 0x01000100);
-    put32(out, 1);
-    put32(out, count >= 0 ? quint32(count) : quint32(subfiles.size()));
-    put32(out, 512);
-    put32(out, 32);
+    for (const qint64 field : {qint64(0x01000100), qint64(1), count >= 0 ? count : subfiles.size(), qint64(512), qint64(32)})
+        put(out, quint32(field));
     out.resize(512, '\0');
     for (const Subfile &s : subfiles) {
-        const quint32 next = quint32(out.size() + 32 + s.pcx.size());
-        put32(out, s.next >= 0 ? quint32(s.next) : next);
-        put32(out, s.length >= 0 ? quint32(s.length) : quint32(s.pcx.size()));
-        put16(out, quint16(s.x));
-        put16(out, quint16(s.y));
-        put16(out, quint16(s.group));
-        put16(out, quint16(s.index));
-        put16(out, quint16(s.link));
-        out.append(char(s.samePalette ? 1 : 0));
-        out.append(13, '\0');
+        put(out, s.next >= 0 ? quint32(s.next) : quint32(out.size() + 32 + s.pcx.size()));
+        put(out, s.length >= 0 ? quint32(s.length) : quint32(s.pcx.size()));
+        for (const int field : {s.x, s.y, s.group, s.index, s.link})
+            put(out, quint16(field));
+        out.append(char(s.samePalette ? 1 : 0)).append(13, '\0');
         out.append(s.pcx);
     }
     return out;

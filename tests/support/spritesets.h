@@ -9,6 +9,7 @@
 
 #include <QImage>
 #include <QList>
+#include <QStringList>
 
 namespace SpriteSets {
 
@@ -23,6 +24,21 @@ public:
 
     QMessageList list;
 };
+
+/** The messages of the set's last check, one "severity sprite:index text" or "... palette:..." each. */
+inline QStringList messageTexts(const QSprites &set)
+{
+    QStringList texts;
+    for (int i = 0; i < set.messages().count(QMessages::AnySeverity); ++i) {
+        const QMessage &m = set.messages().at(i);
+        texts.append(QStringLiteral("%1 %2:%3 %4")
+                         .arg(m.severity)
+                         .arg(m.line ? QLatin1String("palette") : QLatin1String("sprite"))
+                         .arg(m.index)
+                         .arg(m.text));
+    }
+    return texts;
+}
 
 /** 256 colours that differ with `seed`, entry 0 transparent as the set keeps it. */
 inline QRGBPal colors(int seed)
@@ -44,6 +60,32 @@ inline QImage indexedImage(int width, int height, int seed)
             image.scanLine(y)[x] = uchar((x * 3 + y * 5 + seed) % 251 + 1);
     }
     return image;
+}
+
+/** 32 colours: entries 32 to 255 repeat entry 255. */
+inline QRGBPal thirtyTwoColours()
+{
+    QRGBPal pal = colors(4);
+    for (int i = 32; i < QRGBPal::Size; ++i)
+        pal.entries[i] = pal.entries[255];
+    return pal;
+}
+
+/** An indexed image of indexes below 32 only, which five bits hold, without colours. */
+inline QImage lowIndexes(int width, int height, int seed = 0)
+{
+    QImage image(width, height, QImage::Format_Indexed8);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x)
+            image.scanLine(y)[x] = uchar((x / 3 + y * (seed + 1)) % 32);
+    }
+    return image;
+}
+
+/** Width, height and format of `image`. */
+inline QImageInfo infoOf(const QImage &image)
+{
+    return QImageInfo{quint16(image.width()), quint16(image.height()), image.format()};
 }
 
 /** A 32-bit RGB image whose pixels differ with `seed`. */

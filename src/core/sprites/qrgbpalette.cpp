@@ -7,10 +7,12 @@
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QImageReader>
 #include <QSaveFile>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <memory>
 
@@ -155,6 +157,60 @@ QImage QRGBPalette::adaptImage(const QImage &image, const QRGBPal &colors)
     const QImage argb =
         image.format() == QImage::Format_ARGB32 ? image : image.convertToFormat(QImage::Format_ARGB32);
     return argb.convertToFormat(QImage::Format_Indexed8, table);
+}
+
+QImage QRGBPalette::reduceToIndexed(const QImage &image)
+{
+    if (image.isNull())
+        return QImage();
+    const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
+    const auto opaque = [](QRgb pixel) { return qAlpha(pixel) >= 128; };
+    OctreeQuantizer quantizer(QRGBPal::Size - 1, 8);
+    for (int y = 0; y < argb.height(); ++y) {
+        const auto *line = reinterpret_cast<const QRgb *>(argb.constScanLine(y));
+        for (int x = 0; x < argb.width(); ++x) {
+            if (opaque(line[x]))
+                quantizer.addColor(uchar(qRed(line[x])), uchar(qGreen(line[x])), uchar(qBlue(line[x])));
+        }
+    }
+    const QRGBPal leaves = quantizer.palette();
+    const int count = quantizer.leafCount();
+    QList<QRgb> table(QRGBPal::Size, 0);
+    for (int i = 0; i < count; ++i)
+        table[i + 1] = leaves.rgba(i);
+
+    QImage indexed(argb.size(), QImage::Format_Indexed8);
+    indexed.setColorTable(table);
+    QHash<QRgb, uchar> closest;
+    for (int y = 0; y < argb.height(); ++y) {
+        const auto *line = reinterpret_cast<const QRgb *>(argb.constScanLine(y));
+        uchar *out = indexed.scanLine(y);
+        for (int x = 0; x < argb.width(); ++x) {
+            if (!opaque(line[x])) {
+                out[x] = 0;
+                continue;
+            }
+            const QRgb rgb = line[x] | 0xFF000000u;
+            auto found = closest.constFind(rgb);
+            if (found == closest.cend()) {
+                int best = 1;
+                int bestDistance = INT_MAX;
+                for (int i = 1; i <= count; ++i) {
+                    const int dr = qRed(table[i]) - qRed(rgb);
+                    const int dg = qGreen(table[i]) - qGreen(rgb);
+                    const int db = qBlue(table[i]) - qBlue(rgb);
+                    const int distance = dr * dr + dg * dg + db * db;
+                    if (distance < bestDistance) {
+                        bestDistance = distance;
+                        best = i;
+                    }
+                }
+                found = closest.insert(rgb, uchar(best));
+            }
+            out[x] = *found;
+        }
+    }
+    return indexed;
 }
 
 int QRGBPalette::nearestColor(QRgb color) const

@@ -64,6 +64,14 @@ public:
      * otherwise every colour is taken as opaque.
      */
     static QImage adaptImage(const QImage &image, const QRGBPal &colors);
+    /**
+     * `image` reduced to an indexed image as sprite files without true
+     * colour keep it, where the engine draws index 0 as transparent: the
+     * transparent pixels (alpha below 128) at index 0, whose colour is
+     * transparent black, and the others at the octree's colours 1 to 255,
+     * each at the closest. Null for a null image.
+     */
+    static QImage reduceToIndexed(const QImage &image);
     /** nearestColor() in these colours. */
     int nearestColor(QRgb color) const;
     /**

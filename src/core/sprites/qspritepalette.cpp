@@ -61,7 +61,8 @@ void QSpritePalette::setColorCount(int count)
 
 void QSpritePalette::setInfo(int group, int index, int colorCount)
 {
-    colorCount = std::clamp(colorCount, 0, QRGBPal::Size);
+    // A palette of no colours would be saved as a link to the first one.
+    colorCount = std::clamp(colorCount, 1, QRGBPal::Size);
     if (group == m_group && index == m_index && colorCount == m_colorCount)
         return;
     if (m_owner->undoEnabled())

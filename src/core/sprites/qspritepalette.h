@@ -38,7 +38,7 @@ public:
 
     void setItemGroup(int group);
     void setItemIndex(int index);
-    /** Clamped to 256. */
+    /** Clamped to 1 to 256. */
     void setColorCount(int count);
     /** Sets group, index and colour count as one undo step. */
     void setInfo(int group, int index, int colorCount);

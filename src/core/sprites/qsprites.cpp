@@ -6,6 +6,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QMultiHash>
 #include <QSet>
 
 namespace {
@@ -298,6 +299,8 @@ void QSprites::clear()
     m_sprites.clear();
     endResetModel();
     m_fileName.clear();
+    m_paletteType = 0;
+    m_readProblems.clear();
     m_currentIndex = 0;
     m_undoStack.clear();
     setModified(false);
@@ -675,11 +678,25 @@ bool QSprites::isEmpty() const
     return count() == 0 && paletteCount() == 0;
 }
 
+void QSprites::addReadProblem(QObject *item, int severity, const QString &text)
+{
+    m_readProblems.append({item, severity, text});
+}
+
 void QSprites::check()
 {
     QMessages &out = messages();
     out.begin();
     const bool character = (owner() ? owner()->projectType() : int(Character)) == Character;
+    QMultiHash<const QObject *, const ReadProblem *> problems;
+    for (const ReadProblem &problem : std::as_const(m_readProblems))
+        problems.insert(problem.item.data(), &problem);
+    // In the order they were found, after what the check itself says of the item.
+    const auto reportProblems = [&out, &problems](const QObject *item, int p, int line) {
+        const QList<const ReadProblem *> found = problems.values(item);
+        for (auto it = found.crbegin(); it != found.crend(); ++it)
+            out.add((*it)->severity, (*it)->text, p, line);
+    };
 
     for (int p = 0; p < count(); ++p) {
         const QSprite *sprite = at(p);
@@ -694,6 +711,7 @@ void QSprites::check()
         } else {
             out.add(QMessages::Error, tr("Empty sprite!"), p, 0);
         }
+        reportProblems(sprite, p, 0);
         // Version 1.01 passes a palette on only from the sprite just before.
         if (character && m_version == Version_101 && p > 0 && sprite->palette()
             && sprite->palette()->itemGroup() == 1 && !isCharacterPaletteSprite(sprite)) {
@@ -730,6 +748,7 @@ void QSprites::check()
         const QSpritePalette *palette = paletteAt(p);
         if (!palette->rgbPal())
             out.add(QMessages::Error, tr("Empty palette!"), p, 1);
+        reportProblems(palette, p, 1);
         reportCollisions(out, m_palettes.m_palettes, p, 1,
                          tr("The group %2, index %3 is already in use by palette #%4!"));
     }

@@ -11,6 +11,7 @@
 
 #include <QList>
 #include <QPoint>
+#include <QPointer>
 #include <QString>
 #include <QUndoStack>
 
@@ -70,7 +71,8 @@ public:
     void remove(int i) override;
     /**
      * Removes every sprite, gives back every store entry, forgets the file
-     * name and clears the undo stack: the start of a load, or a new file.
+     * name and what the header held, and clears the undo stack: the start
+     * of a load, or a new file.
      * The palettes stay. The set is unmodified afterwards.
      */
     void clear();
@@ -278,6 +280,8 @@ private:
 
     /** The palette other than `except` whose colours equal `colors`, or null. */
     QSpritePalette *paletteWithColors(const QRGBPal &colors, const QSpritePalette *except) const;
+    /** Notes what a load found wrong with `item`, a sprite or a palette: the check says it until the next save. */
+    void addReadProblem(QObject *item, int severity, const QString &text);
     /** The first sprite holding `entry`, or null. */
     QSprite *spriteWithEntry(const QStreamCacheEntry *entry) const;
     /** Whether the sprite at `position` falls in the scope of a group operation. */
@@ -291,6 +295,11 @@ private:
     QStreamCache m_cache;
     QString m_fileName;
     quint32 m_version = Version_201;
+    /**
+     * Byte 32 of a version 1.01 header, the palette type the file's author
+     * set, which the engine of 2002 reads: kept as read, 0 in a new file.
+     */
+    quint8 m_paletteType = 0;
     bool m_modified = false;
     bool m_blockChanged = false;
     QUndoStack m_undoStack;
@@ -301,4 +310,13 @@ private:
     QList<bool> m_macros;
     /** Set while an undo command replays a change. */
     bool m_replaying = false;
+
+    struct ReadProblem
+    {
+        QPointer<QObject> item;
+        int severity;
+        QString text;
+    };
+    /** What the last load found wrong, item by item; a save or a new load forgets it. */
+    QList<ReadProblem> m_readProblems;
 };

@@ -99,6 +99,41 @@ QByteArray rawToStoreLines(const QByteArray &data, const QImageInfo &info)
     return lines;
 }
 
+/**
+ * Whether every pixel of an indexed image is below 32, as LZ5 keeps only
+ * five bits of each. What is stored as LZ5 already is.
+ */
+bool fitsFiveBits(const QSpriteData *data)
+{
+    if (data->cache()->filterOf(data->entry()) == QStreamCacheFilter::LZ5)
+        return true;
+    const QImage image = data->image();
+    if (image.isNull())
+        return false;
+    for (int y = 0; y < image.height(); ++y) {
+        const uchar *line = image.constScanLine(y);
+        if (std::any_of(line, line + image.width(), [](uchar index) { return index >= 32; }))
+            return false;
+    }
+    return true;
+}
+
+/**
+ * The colour table that ends an 8-bit PCX file, read without its image:
+ * the byte 12 and 256 triples. Empty when the file doesn't end so.
+ */
+QList<QRgb> trailingColours(const QByteArray &pcx)
+{
+    constexpr qsizetype tableBytes = 3 * QRGBPal::Size;
+    if (pcx.size() < 128 + 1 + tableBytes || pcx.at(pcx.size() - tableBytes - 1) != 12)
+        return {};
+    const auto *rgb = reinterpret_cast<const uchar *>(pcx.constData() + pcx.size() - tableBytes);
+    QList<QRgb> table(QRGBPal::Size);
+    for (int i = 0; i < QRGBPal::Size; ++i)
+        table[i] = qRgb(rgb[3 * i], rgb[3 * i + 1], rgb[3 * i + 2]);
+    return table;
+}
+
 /** The two sprites that the engine shows with the character's own palette. */
 bool isCharacterPaletteSprite(const QSprite *sprite)
 {
@@ -303,7 +338,9 @@ bool SffReader::readVersion2()
     for (quint32 p = 0; p < palettes; ++p) {
         const int node = int(p) * Sff::PaletteNodeSize;
         QSpritePalette *palette = RawSpriteEdits::newPalette(&set);
-        RawSpriteEdits::setPaletteInfo(palette, u16(paletteTable, node), u16(paletteTable, node + 2),
+        const int group = u16(paletteTable, node);
+        const int index = u16(paletteTable, node + 2);
+        RawSpriteEdits::setPaletteInfo(palette, group, index,
                                        std::min<int>(u16(paletteTable, node + 4), QRGBPal::Size));
         const quint16 link = u16(paletteTable, node + 6);
         const quint32 length = u32(paletteTable, node + 12);
@@ -325,6 +362,15 @@ bool SffReader::readVersion2()
                     colors->entries[i].alpha = i == 0 ? 0 : 255;
             }
             RawSpriteEdits::attachColors(palette, colors);
+        }
+        if (palette->colorCount() == 0 && palette->rgbPal()) {
+            // Colours that count none would be saved as none, a link to the
+            // first palette: the engine goes by the length, and so do we.
+            const int count = length != 0 ? std::clamp(int(std::min<quint32>(length, QRGBPal::Bytes) / 4), 1, 256)
+                                          : std::max<int>(read.at(link)->colorCount(), 1);
+            RawSpriteEdits::setPaletteInfo(palette, group, index, count);
+            set.addReadProblem(palette, QMessages::Warning,
+                               QSprites::tr("Palette with a colour count of 0, read as %1 colours!").arg(count));
         }
         read.append(palette);
         if (!step(++done, total))
@@ -373,7 +419,13 @@ bool SffReader::readVersion2()
                 // size, which the image's own size already gives.
                 bytes = spriteBytes(at + 4, qint64(length) - 4);
             }
-            RawSpriteEdits::attachData(sprite, QSpriteData::create(set.cache(), bytes, filter, info));
+            if (at + qint64(length) > m_size)
+                set.addReadProblem(sprite, QMessages::Error,
+                                   QSprites::tr("Sprite data beyond the end of the file!"));
+            // Without data the sprite stays empty, which no save takes for a
+            // link to another.
+            if (!bytes.isEmpty())
+                RawSpriteEdits::attachData(sprite, QSpriteData::create(set.cache(), bytes, filter, info));
         } else if (link < m_sprites.size()) {
             RawSpriteEdits::attachData(sprite, m_sprites.at(link)->data());
         } else {
@@ -397,6 +449,7 @@ bool SffReader::readVersion1()
         critical(QSprites::tr("%1(0): The file is damaged: its header is incomplete.").arg(m_fileName));
         return false;
     }
+    set.m_paletteType = uchar(header.at(32));
     const quint32 images = u32(header, 20);
     // The subfiles follow one another from the end of the header, whatever
     // the offsets say; a count beyond what the file can hold ends where
@@ -444,34 +497,37 @@ bool SffReader::readVersion1()
             const qint64 trueLength = (next != 0 && next >= position) ? qint64(next) - position : qint64(length);
             const QByteArray pcx = readAt(position, trueLength);
             position += std::min(trueLength, m_size - position);
-            QImage image = decodePcx(pcx);
+            const QImage image = decodePcx(pcx);
+            // The palette is decided whether the image can be read or not:
+            // the sprites that follow it may take it. Without an image, the
+            // colours are those that end the subfile.
+            const QList<QRgb> table = image.isNull() ? trailingColours(pcx) : image.colorTable();
+            QSpritePalette *palette = previous;
+            if (character && isCharacterPaletteSprite(sprite)) {
+                if (!characterPalette) {
+                    QRGBPal colors;
+                    for (QRGBPalEntry &entry : colors.entries)
+                        entry = {0, 0, 0, 255};
+                    if (table.isEmpty()) {
+                        Q_EMIT set.charPalette(&colors);
+                    } else {
+                        for (int c = 0; c < std::min<int>(int(table.size()), QRGBPal::Size); ++c)
+                            colors.setRgba(c, table.at(c));
+                        colors.entries[0].alpha = 0;
+                    }
+                    characterPalette = set.addPalette(colors, false, 1, 1);
+                }
+                palette = characterPalette;
+            } else if (i == 0 || !samePalette) {
+                QRGBPal colors = QRGBPal::fromColorVector(table);
+                colors.entries[0].alpha = 0;
+                palette = set.addPalette(colors, true, sprite->itemGroup(), -1);
+            }
+            setPalette(palette);
+
             // A subfile whose image can't be read leaves an empty sprite,
             // which the check reports.
             if (!image.isNull()) {
-                const QList<QRgb> table = image.colorTable();
-                QSpritePalette *palette = previous;
-                if (character && isCharacterPaletteSprite(sprite)) {
-                    if (!characterPalette) {
-                        QRGBPal colors;
-                        for (QRGBPalEntry &entry : colors.entries)
-                            entry = {0, 0, 0, 255};
-                        if (table.isEmpty()) {
-                            Q_EMIT set.charPalette(&colors);
-                        } else {
-                            for (int c = 0; c < std::min<int>(int(table.size()), QRGBPal::Size); ++c)
-                                colors.setRgba(c, table.at(c));
-                            colors.entries[0].alpha = 0;
-                        }
-                        characterPalette = set.addPalette(colors, false, 1, 1);
-                    }
-                    palette = characterPalette;
-                } else if (i == 0 || !samePalette) {
-                    QRGBPal colors = QRGBPal::fromColorVector(table);
-                    colors.entries[0].alpha = 0;
-                    palette = set.addPalette(colors, true, sprite->itemGroup(), -1);
-                }
-                setPalette(palette);
-
                 QImageInfo info;
                 info.width = quint16(image.width());
                 info.height = quint16(image.height());
@@ -577,10 +633,7 @@ bool SffWriter::failed(int position, const QString &reason)
 
 void SffWriter::makeIndexed(QSprite *sprite)
 {
-    const QImage argb = sprite->image(Default).convertToFormat(QImage::Format_ARGB32);
-    QRGBPal colors;
-    QRGBPalette(&colors).quantize(argb, QRGBPal::Size, 8);
-    const QImage indexed = QRGBPalette::adaptImage(argb, colors);
+    const QImage indexed = QRGBPalette::reduceToIndexed(sprite->image(Default));
     // Sprites sharing the image change with it; those without a palette
     // take the new one, or they would be indexed without colours.
     QList<QSprite *> sharers;
@@ -660,7 +713,7 @@ bool SffWriter::writeVersion1(QByteArray &out)
     put32(out, quint32(set.count()));
     put32(out, Sff::HeaderSize);
     put32(out, Sff::SubfileHeaderSize);
-    put8(out, 0);
+    put8(out, set.m_paletteType);
     out.append(3, '\0');
     out.append(Sff::stamp(Sff::CommentSize1));
 
@@ -742,6 +795,7 @@ bool SffWriter::writeVersion2(QByteArray &out)
 
     QByteArray spriteNodes;
     QHash<const QSpriteData *, int> firstHolders;
+    QHash<const QSpriteData *, bool> fiveBitImages;
     QStreamCache *cache = set.cache();
     for (int i = 0; i < spriteCount; ++i) {
         const QSprite *sprite = set.at(i);
@@ -751,9 +805,12 @@ bool SffWriter::writeVersion2(QByteArray &out)
         if (data && link < 0)
             firstHolders.insert(data, i);
         const int imageFormat = data ? data->format() : QImageInfo::Auto;
-        // Only an indexed image can be stored in 5 bits.
-        const bool fiveBits =
-            imageFormat == QImageInfo::Indexed && palette && palette->colorCount() == 32;
+        bool fiveBits = imageFormat == QImageInfo::Indexed && palette && palette->colorCount() == 32;
+        if (fiveBits) {
+            const auto known = fiveBitImages.constFind(data);
+            fiveBits = known != fiveBitImages.cend() ? *known : fitsFiveBits(data);
+            fiveBitImages.insert(data, fiveBits);
+        }
         const int depth = fiveBits ? 5 : QImageInfo::depthOfFormat(imageFormat);
         uchar format = FormatLinked;
         if (link < 0 && data) {
@@ -781,15 +838,15 @@ bool SffWriter::writeVersion2(QByteArray &out)
                 bytes = format == FormatRle8 ? encodeRle8(image)
                     : format == FormatLz5    ? encodeLz5(image, true)
                                              : encodePng(image);
-                if (bytes.isEmpty())
-                    return failed(i, QSprites::tr("Can't compress the image."));
-                // The next save copies them. LZ5 keeps five bits of each
-                // pixel, so the pixels' hash may no longer hold.
-                if (!m_asCopy)
-                    data->replace(bytes, filter, data->info(), format == FormatLz5 ? 0 : data->entry()->hash());
+                // The next save copies them. The pixels are the same, and so
+                // is their hash.
+                if (!bytes.isEmpty() && !m_asCopy)
+                    data->replace(bytes, filter, data->info(), data->entry()->hash());
             }
+            // Nothing to write, whether stored so or encoded so, would make
+            // a link to sprite 0.
             if (bytes.isEmpty())
-                format = FormatLinked;
+                return failed(i, QSprites::tr("Can't compress the image."));
         }
         quint32 length = 0;
         if (!bytes.isEmpty()) {
@@ -872,6 +929,7 @@ bool QSprites::toFile(const QString &fileName, quint32 version, bool asCopy)
     // modified state alike.
     if (!asCopy) {
         m_fileName = fileName;
+        m_readProblems.clear();
         setModified(false);
     }
     return true;

@@ -98,7 +98,7 @@ public:
 private:
     bool writeVersion1(QByteArray &out);
     bool writeVersion2(QByteArray &out);
-    /** Makes a true colour sprite indexed with a palette of its own colours. */
+    /** Makes a true colour sprite indexed with a palette of its own colours, index 0 for its transparent pixels. */
     void makeIndexed(QSprite *sprite);
     bool step(uint done, uint total);
     bool failed(int position, const QString &reason);
