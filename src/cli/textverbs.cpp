@@ -55,13 +55,9 @@ QString versionText(quint32 version)
 
 // Saving any text file: read with its encoding, write with CR LF.
 
-int saveText(const Command &command, const QString &in, const QString &out)
+/** Writes a loaded text document to `out`, or says why not. */
+int writeText(const Command &command, QSyntaxTextEditor &document, const QString &out)
 {
-    QSyntaxTextEditor document(nullptr, FileStates, false, DefaultEngineVersion, false);
-    if (!document.load(in, defaultCodepage(), false)) {
-        error(QStringLiteral("save"), QStringLiteral("%1: can't be read").arg(in));
-        return Failure;
-    }
     if (!document.save(out, command.hasFlag("--utf8"), true)) {
         error(QStringLiteral("save"), QStringLiteral("%1: can't be written").arg(out));
         return Failure;
@@ -69,7 +65,42 @@ int saveText(const Command &command, const QString &in, const QString &out)
     return Success;
 }
 
+int saveText(const Command &command, const QString &in, const QString &out)
+{
+    QSyntaxTextEditor document(nullptr, FileStates, false, DefaultEngineVersion, false);
+    if (!document.load(in, defaultCodepage(), false)) {
+        error(QStringLiteral("save"), QStringLiteral("%1: can't be read").arg(in));
+        return Failure;
+    }
+    return writeText(command, document, out);
+}
+
 // Animations
+
+/** An AIR file as the program holds it: the text, and the animations read from it. */
+struct AirDocument
+{
+    QSyntaxTextEditor text{nullptr, FileAnimations, true, DefaultEngineVersion, false};
+    QAnimations animations{nullptr, &text};
+
+    /** Loads `path`, or says why not under `verb`. */
+    bool load(const QString &verb, const QString &path)
+    {
+        if (animations.fromFile(path, defaultCodepage(), false))
+            return true;
+        error(verb, QStringLiteral("%1: can't be read").arg(path));
+        return false;
+    }
+};
+
+/** An AIR is saved as the program saves it: one without an action is refused, with the reason. */
+int saveAnimations(const Command &command, const QString &in, const QString &out)
+{
+    AirDocument air;
+    if (!air.load(QStringLiteral("save"), in) || !air.animations.checkSave(0))
+        return Failure;
+    return writeText(command, air.text, out);
+}
 
 QJsonObject rectJson(const QRect &rect)
 {
@@ -79,12 +110,10 @@ QJsonObject rectJson(const QRect &rect)
 
 int animationsInfo(const Command &command, const QString &path)
 {
-    QSyntaxTextEditor text(nullptr, FileAnimations, true, DefaultEngineVersion, false);
-    QAnimations animations(nullptr, &text);
-    if (!animations.fromFile(path, defaultCodepage(), false)) {
-        error(QStringLiteral("info"), QStringLiteral("%1: can't be read").arg(path));
+    AirDocument air;
+    if (!air.load(QStringLiteral("info"), path))
         return Failure;
-    }
+    const QAnimations &animations = air.animations;
     QJsonArray actions;
     for (int i = 0; i < animations.count(); ++i) {
         const QAnimation *animation = animations.at(i);
@@ -542,6 +571,7 @@ void registerTextFormats()
     registerFormat(commands);
 
     Format animations = textFormat("animation file", {"air"});
+    animations.save = saveAnimations;
     animations.info = animationsInfo;
     animations.check = checkedAs(FileAnimations);
     registerFormat(animations);

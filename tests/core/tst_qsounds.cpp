@@ -1,21 +1,25 @@
 #include "core/base/quserprompt.h"
 #include "core/sounds/qsounds.h"
-#include "core/sounds/sndfile.h"
 #include "sndbuilder.h"
 #include "testsupport.h"
 
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 using SndBuilder::Sound;
+using SndBuilder::wav;
 using TestSupport::readFile;
 using TestSupport::writeFile;
 
 using SoundsChange = std::function<void(QSounds &)>;
 Q_DECLARE_METATYPE(SoundsChange)
+Q_DECLARE_METATYPE(Sound)
 
 namespace {
 
@@ -33,7 +37,7 @@ QString pairs(const QSounds &sounds)
 {
     QStringList list;
     for (int i = 0; i < sounds.count(); ++i)
-        list.append(QStringLiteral("%1,%2").arg(sounds.subItem(i).group).arg(sounds.subItem(i).index));
+        list.append(u"%1,%2"_s.arg(sounds.subItem(i).group).arg(sounds.subItem(i).index));
     return list.join(QLatin1Char(' '));
 }
 
@@ -53,13 +57,13 @@ private:
     QTemporaryDir m_dir;
     QString path(const QString &name) const { return m_dir.filePath(name); }
 
-    /** A list of sounds with the given pairs, each with a WAV of its own, in disk mode. */
+    /** A list of sounds with the given pairs, each with a WAV of its own, loaded from "fill.snd". */
     void fill(QSounds &sounds, const QList<QPair<int, int>> &items)
     {
         QList<Sound> list;
         for (int i = 0; i < items.size(); ++i)
-            list.append(Sound{items.at(i).first, items.at(i).second, SndBuilder::wav(1, 8000 + i, 8, 10 + i)});
-        const QString file = path(QStringLiteral("fill.snd"));
+            list.append(Sound{items.at(i).first, items.at(i).second, wav(1, 8000 + i, 8, 10 + i)});
+        const QString file = path(u"fill.snd"_s);
         QVERIFY(writeFile(file, SndBuilder::snd(list)));
         QVERIFY(sounds.load(file, false));
     }
@@ -68,7 +72,7 @@ private Q_SLOTS:
     void corpusRoundTrip_data()
     {
         QTest::addColumn<QString>("file");
-        const QStringList files = TestSupport::corpusFiles({QStringLiteral("*.snd")});
+        const QStringList files = TestSupport::corpusFiles({u"*.snd"_s});
         if (files.isEmpty())
             QSKIP("the corpus isn't there");
         for (const QString &file : files)
@@ -85,7 +89,7 @@ private Q_SLOTS:
         QCOMPARE(sounds.fileName(), file);
         QVERIFY(!sounds.isModified());
 
-        const QString copy = path(QStringLiteral("copy.snd"));
+        const QString copy = path(u"copy.snd"_s);
         QVERIFY(sounds.save(copy, true));
         const QByteArray written = readFile(copy);
         // The sounds are the same bytes; only the header's version and
@@ -105,249 +109,169 @@ private Q_SLOTS:
         QSounds again(nullptr, QStreamCache::Memory, false, -1);
         QVERIFY(again.load(copy, false));
         QCOMPARE(state(again), state(sounds));
-        const QString second = path(QStringLiteral("second.snd"));
+        const QString second = path(u"second.snd"_s);
         QVERIFY(again.save(second, false));
         QCOMPARE(readFile(second), written);
     }
 
-    void writesTheHeaderAndStamp()
-    {
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        sounds.insert(0);
-        const QString file = path(QStringLiteral("stamp.snd"));
-        QVERIFY(sounds.save(file, false));
-        const QByteArray bytes = readFile(file);
-        QCOMPARE(bytes.left(24), QByteArray("ElecbyteSnd\0\x01\0\x01\0\x01\0\0\0\0\x02\0\0", 24));
-        QVERIFY(bytes.mid(24).startsWith("Made in Zanarel\nPowered by Kestrada 3\nhttps://"));
-        QCOMPARE(bytes.mid(24, 488), Snd::stamp());
-        // The third line ends with a zero byte, and zeros fill the rest.
-        const qsizetype end = bytes.indexOf('\0', 24);
-        QCOMPARE(bytes.at(end - 1), '\n');
-        QCOMPARE(bytes.mid(end, 512 - end), QByteArray(512 - end, '\0'));
-    }
-
-    void emptySoundsSurviveAndPointAtTheNextHeader()
+    void ourFilesHaveTheStampAndEmptySounds()
     {
         QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
         fill(sounds, {{1, 1}, {2, 2}});
         sounds.insert(1);
         sounds.setSubItem(1, 7, 8);
-        const QString file = path(QStringLiteral("empty.snd"));
+        const QString file = path(u"empty.snd"_s);
         QVERIFY(sounds.save(file, false));
         const QByteArray bytes = readFile(file);
+        QCOMPARE(bytes.left(24), QByteArray("ElecbyteSnd\0\x01\0\x01\0\x03\0\0\0\0\x02\0\0", 24));
+        // The stamp's third line ends with a zero byte, and zeros fill the rest.
+        static const QRegularExpression stamp(u"^Made in Zanarel\nPowered by Kestrada 3\nhttps://[^\n\\x00]+\n\\x00+$"_s);
+        QVERIFY(stamp.match(QString::fromLatin1(bytes.mid(24, 488))).hasMatch());
+        // The empty sound: length 0, next right behind its own sub-header;
+        // our last sound points at the end of the file.
         const quint32 second = at32(bytes, 512);
-        // The empty sound: length 0, next right behind its own sub-header.
         QCOMPARE(at32(bytes, second + 4), 0u);
         QCOMPARE(at32(bytes, second), second + 16);
-        // Our last sound points at the end of the file.
-        const quint32 third = at32(bytes, second);
-        QCOMPARE(at32(bytes, third), quint32(bytes.size()));
-
-        QSounds again(nullptr, QStreamCache::Memory, false, -1);
-        QVERIFY(again.load(file, false));
-        QCOMPARE(state(again), state(sounds));
-        QVERIFY(again.sample(1).isEmpty());
+        QCOMPARE(at32(bytes, second + 16), quint32(bytes.size()));
     }
 
     void readsWhatToolsWrite_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<QList<QByteArray>>("samples");
-        const QByteArray a = SndBuilder::wav(1, 11025, 8, 20);
-        const QByteArray b = SndBuilder::wav(2, 22050, 16, 30);
+        QTest::addColumn<QList<Sound>>("file");
+        const QByteArray a = wav(1, 11025, 8, 20);
+        const QByteArray b = wav(2, 22050, 16, 30);
         // The engine's tools leave the last next at 0: the length counts.
-        QTest::newRow("last next 0") << SndBuilder::snd({{1, 2, a}, {3, 4, b, 0}}) << QStringLiteral("1,2 3,4")
-                                     << QList<QByteArray>{a, b};
+        QTest::newRow("last next 0") << QList<Sound>{{1, 2, a}, {3, 4, b, 0}};
         // Where next and length disagree, next gives the size.
-        QTest::newRow("next corrects the length") << SndBuilder::snd({{1, 1, a, -1, 5}, {2, 2, b, -1, 0x7FFFFFFF}})
-                                                  << QStringLiteral("1,1 2,2") << QList<QByteArray>{a, b};
+        QTest::newRow("next corrects the length") << QList<Sound>{{1, 1, a, -1, 5}, {2, 2, b, -1, 0x7FFFFFFF}};
         // Group and number are stored as given, negative ones too.
-        QTest::newRow("negative pairs") << SndBuilder::snd({{-1, -200, a}, {-70000, 5, b}})
-                                        << QStringLiteral("-1,-200 -70000,5") << QList<QByteArray>{a, b};
+        QTest::newRow("negative pairs") << QList<Sound>{{-1, -200, a}, {-70000, 5, b}};
         // A length of 0 means no data, whatever next says.
-        QTest::newRow("length 0") << SndBuilder::snd({{1, 1, QByteArray(), 9999, 0}, {2, 2, a}})
-                                  << QStringLiteral("1,1 2,2") << QList<QByteArray>{QByteArray(), a};
+        QTest::newRow("length 0") << QList<Sound>{{1, 1, QByteArray(), 9999, 0}, {2, 2, a}};
         // A broken next on the last sound is harmless to the engine: the length stands.
-        QTest::newRow("last next past the end") << SndBuilder::snd({{1, 1, a}, {2, 2, b, 0x7FFFFFF0}})
-                                                << QStringLiteral("1,1 2,2") << QList<QByteArray>{a, b};
-        QTest::newRow("next behind its header") << SndBuilder::snd({{1, 1, a, 100}}) << QStringLiteral("1,1")
-                                                << QList<QByteArray>{a};
-        QTest::newRow("no sounds") << SndBuilder::snd({}) << QString() << QList<QByteArray>{};
+        QTest::newRow("last next past the end") << QList<Sound>{{1, 1, a}, {2, 2, b, 0x7FFFFFF0}};
+        QTest::newRow("next behind its header") << QList<Sound>{{1, 1, a, 100}};
+        QTest::newRow("no sounds") << QList<Sound>{};
     }
 
     void readsWhatToolsWrite()
     {
-        QFETCH(QByteArray, file);
-        QFETCH(QString, expected);
-        QFETCH(QList<QByteArray>, samples);
-        const QString name = path(QStringLiteral("tools.snd"));
-        QVERIFY(writeFile(name, file));
+        QFETCH(QList<Sound>, file);
+        const QString name = path(u"tools.snd"_s);
+        QVERIFY(writeFile(name, SndBuilder::snd(file)));
         QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
         QVERIFY2(sounds.load(name, false), qPrintable(sounds.errorString()));
-        QCOMPARE(pairs(sounds), expected);
-        // Each sound holds exactly its own WAV.
-        for (int i = 0; i < samples.size(); ++i)
-            QCOMPARE(sounds.sample(i), samples.at(i));
+        QCOMPARE(sounds.count(), file.size());
+        // Each sound holds exactly its own WAV, under its own group and number.
+        for (int i = 0; i < file.size(); ++i) {
+            QCOMPARE(sounds.subItem(i), (QSubItem{file.at(i).group, file.at(i).number}));
+            QCOMPARE(sounds.sample(i), file.at(i).bytes);
+        }
     }
 
-    void malformedFilesFail_data()
+    void failedLoadsKeepNothingHalfRead()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("error");
-        const QByteArray a = SndBuilder::wav(1, 11025, 8, 20);
+        // Every cut of a good file, and fields no tool writes: the load fails
+        // with its reason, nothing half-read stays, and the damaged file
+        // isn't the document's name.
+        const QByteArray a = wav(1, 11025, 8, 20);
         const QByteArray good = SndBuilder::snd({{1, 1, a}, {2, 2, a}});
-        QTest::newRow("empty file") << QByteArray() << QStringLiteral("not an SND file");
-        QTest::newRow("wrong signature") << QByteArray("ElecbyteSpr\0", 12) + good.mid(12)
-                                         << QStringLiteral("not an SND file");
-        QTest::newRow("header cut short") << good.left(300) << QStringLiteral("header is cut short");
-        QTest::newRow("count beyond the file") << SndBuilder::snd({{1, 1, a}}, 0xFFFFFFFF)
-                                               << QStringLiteral("announces 4294967295 sounds");
-        QTest::newRow("one sound too many") << SndBuilder::snd({{1, 1, a}}, 2)
-                                            << QStringLiteral("ends inside the header");
-        QTest::newRow("sub-header cut") << good.left(good.size() - a.size() - 8)
-                                        << QStringLiteral("ends inside the header");
-        QTest::newRow("data cut") << good.left(good.size() - 5) << QStringLiteral("runs past the end");
-        QTest::newRow("length past the end") << SndBuilder::snd({{1, 1, a, 0, 0x7FFFFFFF}})
-                                             << QStringLiteral("runs past the end");
-        // A next before its own data would wrap the size; the length is
-        // used, and it doesn't fit either.
-        QTest::newRow("next before the position") << SndBuilder::snd({{1, 1, a, 10, 0xFFFFFF00}})
-                                                  << QStringLiteral("runs past the end");
-    }
-
-    void malformedFilesFail()
-    {
-        QFETCH(QByteArray, file);
-        QFETCH(QString, error);
-        const QString name = path(QStringLiteral("bad.snd"));
-        QVERIFY(writeFile(name, file));
+        QList<QByteArray> files{QByteArray("ElecbyteSpr\0", 12) + good.mid(12), SndBuilder::snd({{1, 1, a}}, 0xFFFFFFFF),
+                                SndBuilder::snd({{1, 1, a}}, 2), SndBuilder::snd({{1, 1, a, 0, 0x7FFFFFFF}}),
+                                // A next before its own data would wrap the size; the length doesn't fit either.
+                                SndBuilder::snd({{1, 1, a, 10, 0xFFFFFF00}})};
+        for (qsizetype cut = 0; cut < good.size(); ++cut)
+            files.append(good.left(cut));
+        static const QRegularExpression reasons(u"^(not an SND file|the header is cut short|it announces \\d+ sounds"
+                                                 "|the file ends inside the header|a sound of \\d+ bytes .* runs past)"_s);
+        const QString name = path(u"bad.snd"_s);
         QSounds sounds(nullptr, QStreamCache::Disk, true, -1);
-        fill(sounds, {{9, 9}});
-        sounds.setSubItem(0, 8, 8);
-        QVERIFY(!sounds.load(name, false));
-        QVERIFY2(sounds.errorString().contains(error), qPrintable(sounds.errorString()));
-        // Nothing half-read stays, and the damaged file isn't the document's name.
-        QCOMPARE(sounds.count(), 0);
-        QVERIFY(sounds.fileName().isEmpty());
-        QVERIFY(!sounds.isModified());
-    }
+        for (const QByteArray &file : std::as_const(files)) {
+            fill(sounds, {{9, 9}});
+            sounds.setSubItem(0, 8, 8);
+            QVERIFY(writeFile(name, file));
+            QVERIFY(!sounds.load(name, false));
+            QVERIFY2(reasons.match(sounds.errorString()).hasMatch(), qPrintable(sounds.errorString()));
+            QCOMPARE(sounds.count(), 0);
+            QVERIFY(sounds.fileName().isEmpty());
+            QVERIFY(!sounds.isModified());
+        }
 
-    void anUnreadableFileKeepsTheList()
-    {
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
+        // A file that can't be opened leaves the list as it was.
         fill(sounds, {{1, 1}});
         const QString before = state(sounds);
-        QVERIFY(!sounds.load(path(QStringLiteral("absent.snd")), false));
-        QCOMPARE(sounds.errorString(), QStringLiteral("no such file"));
+        QVERIFY(!sounds.load(path(u"absent.snd"_s), false));
+        QCOMPARE(sounds.errorString(), u"no such file"_s);
         QVERIFY(!sounds.load(m_dir.path(), false));
         QCOMPARE(state(sounds), before);
-        QCOMPARE(sounds.fileName(), path(QStringLiteral("fill.snd")));
-    }
+        QCOMPARE(sounds.fileName(), path(u"fill.snd"_s));
 
-    void aCancelledLoadLeavesNothing()
-    {
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
+        // A cancelled load leaves nothing.
         fill(sounds, {{1, 1}, {2, 2}, {3, 3}});
         connect(&sounds, &QSounds::progress, this, [](uint pos, uint, bool &allow) { allow = pos < 2; });
-        QVERIFY(!sounds.load(path(QStringLiteral("fill.snd")), false));
+        QVERIFY(!sounds.load(path(u"fill.snd"_s), false));
         QCOMPARE(sounds.count(), 0);
     }
 
-    void copiesKeepTheNameAndTheModifiedState()
+    void loadsAndSavesKeepTheNameAndTheModifiedState()
     {
+        QRecordingUserPrompt prompt;
         QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
+        QSignalSpy changed(&sounds, &QSounds::changed);
+        QSignalSpy reset(&sounds, &QAbstractItemModel::modelReset);
         fill(sounds, {{1, 1}});
+        // A load is one notice at the end, no undo history, not modified.
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(reset.count(), 1);
+        QCOMPARE(sounds.undoStack()->count(), 0);
+        QVERIFY(!sounds.isModified());
+        QVERIFY(sounds.undoEnabled());
+
         const QString original = sounds.fileName();
+        QVERIFY(sounds.checkDiscard());
         sounds.setSubItem(0, 5, 5);
-        QVERIFY(sounds.isModified());
-        QVERIFY(sounds.save(path(QStringLiteral("test-copy.snd")), true));
+        // Modified: discarding asks, No by default.
+        QVERIFY(!sounds.checkDiscard());
+        QCOMPARE(prompt.calls.last().text, u"Do you really want to discard the changes made in the sounds?"_s);
+        QVERIFY(sounds.save(path(u"test-copy.snd"_s), true));
         QVERIFY(sounds.isModified());
         QCOMPARE(sounds.fileName(), original);
-        QVERIFY(sounds.load(path(QStringLiteral("test-copy.snd")), true));
+        QVERIFY(sounds.load(path(u"test-copy.snd"_s), true));
         QCOMPARE(sounds.fileName(), original);
-        QCOMPARE(pairs(sounds), QStringLiteral("5,5"));
+        QCOMPARE(pairs(sounds), u"5,5"_s);
 
         // A save under a new name takes it, and the list is saved.
-        QVERIFY(sounds.save(path(QStringLiteral("new.snd")), false));
-        QCOMPARE(sounds.fileName(), path(QStringLiteral("new.snd")));
+        QVERIFY(sounds.save(path(u"new.snd"_s), false));
+        QCOMPARE(sounds.fileName(), path(u"new.snd"_s));
         QVERIFY(!sounds.isModified());
         // A save that can't be written fails and changes nothing.
-        QVERIFY(!sounds.save(path(QStringLiteral("no/such/folder/x.snd")), false));
-        QCOMPARE(sounds.fileName(), path(QStringLiteral("new.snd")));
-    }
-
-    void readsTheWavHeader_data()
-    {
-        QTest::addColumn<QByteArray>("wav");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<int>("bits");
-        QTest::addColumn<float>("duration");
-        QTest::newRow("8-bit mono") << SndBuilder::wav(1, 11025, 8, 11025) << 1 << 11025 << 8 << 1.0f;
-        QTest::newRow("16-bit stereo") << SndBuilder::wav(2, 22050, 16, 11025) << 2 << 22050 << 16 << 0.5f;
-        // Compressed formats aren't measured.
-        QTest::newRow("ADPCM") << SndBuilder::wav(1, 11025, 4, 100, 2) << 0 << 0 << 0 << 0.0f;
-        QTest::newRow("too short") << SndBuilder::wav(1, 11025, 8, 10).left(30) << 0 << 0 << 0 << 0.0f;
-        QByteArray noData = SndBuilder::wav(1, 11025, 8, 10);
-        noData.replace("data", "atad");
-        QTest::newRow("no data chunk") << noData << 0 << 0 << 0 << 0.0f;
-        QByteArray zeroRate = SndBuilder::wav(1, 11025, 8, 10);
-        zeroRate.replace(28, 4, SndBuilder::le32(0));
-        QTest::newRow("byte rate 0") << zeroRate << 1 << 11025 << 8 << 0.0f;
-        // "data" at its very end: the size field would lie outside.
-        QTest::newRow("data at the end") << SndBuilder::wav(1, 11025, 8, 0).left(40) + "da" << 0 << 0 << 0 << 0.0f;
-    }
-
-    void readsTheWavHeader()
-    {
-        QFETCH(QByteArray, wav);
-        QFETCH(int, channels);
-        QFETCH(int, rate);
-        QFETCH(int, bits);
-        QFETCH(float, duration);
-        const QSoundInfo info = QSoundInfo::fromWav(wav);
-        QCOMPARE(int(info.channels), channels);
-        QCOMPARE(int(info.sampleRate), rate);
-        QCOMPARE(int(info.bitsPerSample), bits);
-        QCOMPARE(info.duration, duration);
-
-        // The list keeps what the header says, and the bytes as they are.
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        sounds.insert(0);
-        sounds.setSample(0, wav);
-        QCOMPARE(sounds.soundInfo(0), info);
-        QCOMPARE(sounds.sample(0), wav);
+        QVERIFY(!sounds.save(path(u"no/such/folder/x.snd"_s), false));
+        QCOMPARE(sounds.fileName(), path(u"new.snd"_s));
+        // Cleared, nothing is left to discard or undo.
+        sounds.setSubItem(0, 6, 6);
+        sounds.clear();
+        QVERIFY(sounds.checkDiscard());
+        QCOMPARE(sounds.undoStack()->count(), 0);
     }
 
     void undoRestoresEveryChange_data()
     {
         QTest::addColumn<SoundsChange>("change");
         QTest::addColumn<QString>("after");
-        QTest::newRow("insert") << SoundsChange([](QSounds &s) { s.insert(1); }) << QStringLiteral("1,1 0,0 2,2 2,3");
-        QTest::newRow("insert beyond the end") << SoundsChange([](QSounds &s) { s.insert(99); })
-                                               << QStringLiteral("1,1 2,2 2,3 0,0");
-        QTest::newRow("remove") << SoundsChange([](QSounds &s) { s.remove(1); }) << QStringLiteral("1,1 2,3");
-        QTest::newRow("move down") << SoundsChange([](QSounds &s) { s.move(0, 2); }) << QStringLiteral("2,2 2,3 1,1");
-        QTest::newRow("move up") << SoundsChange([](QSounds &s) { s.move(2, 0); }) << QStringLiteral("2,3 1,1 2,2");
-        QTest::newRow("set group and number") << SoundsChange([](QSounds &s) { s.setSubItem(2, -4, 40); })
-                                              << QStringLiteral("1,1 2,2 -4,40");
-        QTest::newRow("set sample") << SoundsChange([](QSounds &s) { s.setSample(0, SndBuilder::wav(2, 44100, 16, 3)); })
-                                    << QStringLiteral("1,1 2,2 2,3");
-        QTest::newRow("empty the sample") << SoundsChange([](QSounds &s) { s.setSample(1, QByteArray()); })
-                                          << QStringLiteral("1,1 2,2 2,3");
-        QTest::newRow("duplicate") << SoundsChange([](QSounds &s) { s.duplicate(0); })
-                                   << QStringLiteral("1,1 1,1 2,2 2,3");
-        QTest::newRow("remove a whole group") << SoundsChange([](QSounds &s) { s.removeGroup(2, true, 0, 0); })
-                                              << QStringLiteral("1,1");
-        QTest::newRow("remove part of a group") << SoundsChange([](QSounds &s) { s.removeGroup(2, false, 3, 9); })
-                                                << QStringLiteral("1,1 2,2");
-        QTest::newRow("rename a group") << SoundsChange([](QSounds &s) { s.renameGroup(2, 5, false, 2, 2); })
-                                        << QStringLiteral("1,1 5,2 2,3");
-        QTest::newRow("organize") << SoundsChange([](QSounds &s) {
-            s.setSubItem(0, 3, 0);
-            s.organize();
-        }) << QStringLiteral("2,2 2,3 3,0");
+        using C = SoundsChange;
+        QTest::newRow("insert") << C([](QSounds &s) { s.insert(1); }) << u"1,1 0,0 2,2 2,3"_s;
+        QTest::newRow("insert beyond the end") << C([](QSounds &s) { s.insert(99); }) << u"1,1 2,2 2,3 0,0"_s;
+        QTest::newRow("remove") << C([](QSounds &s) { s.remove(1); }) << u"1,1 2,3"_s;
+        QTest::newRow("move down") << C([](QSounds &s) { s.move(0, 2); }) << u"2,2 2,3 1,1"_s;
+        QTest::newRow("move up") << C([](QSounds &s) { s.move(2, 0); }) << u"2,3 1,1 2,2"_s;
+        QTest::newRow("set group and number") << C([](QSounds &s) { s.setSubItem(2, -4, 40); }) << u"1,1 2,2 -4,40"_s;
+        QTest::newRow("set sample") << C([](QSounds &s) { s.setSample(0, wav(2, 44100, 16, 3)); }) << u"1,1 2,2 2,3"_s;
+        QTest::newRow("empty the sample") << C([](QSounds &s) { s.setSample(1, QByteArray()); }) << u"1,1 2,2 2,3"_s;
+        QTest::newRow("duplicate") << C([](QSounds &s) { s.duplicate(0); }) << u"1,1 1,1 2,2 2,3"_s;
+        QTest::newRow("remove a whole group") << C([](QSounds &s) { s.removeGroup(2, true, 0, 0); }) << u"1,1"_s;
+        QTest::newRow("remove part of a group") << C([](QSounds &s) { s.removeGroup(2, false, 3, 9); }) << u"1,1 2,2"_s;
+        QTest::newRow("rename a group") << C([](QSounds &s) { s.renameGroup(2, 5, false, 2, 2); }) << u"1,1 5,2 2,3"_s;
+        QTest::newRow("organize") << C([](QSounds &s) { s.setSubItem(0, 3, 0); s.organize(); }) << u"2,2 2,3 3,0"_s;
     }
 
     void undoRestoresEveryChange()
@@ -358,56 +282,51 @@ private Q_SLOTS:
         QSounds sounds(nullptr, QStreamCache::Disk, true, -1);
         fill(sounds, {{1, 1}, {2, 2}, {2, 3}});
         const QString before = state(sounds);
-        QVERIFY(!sounds.isModified());
         QSignalSpy changed(&sounds, &QSounds::changed);
-
-        sounds.undoStack()->beginMacro(QStringLiteral("test"));
+        sounds.undoStack()->beginMacro(u"test"_s);
         change(sounds);
         sounds.undoStack()->endMacro();
         QCOMPARE(pairs(sounds), after);
         QVERIFY(sounds.isModified());
         QVERIFY(changed.count() > 0);
         const QString done = state(sounds);
-
         sounds.undo();
         QCOMPARE(state(sounds), before);
         sounds.redo();
         QCOMPARE(state(sounds), done);
         sounds.undo();
         QCOMPARE(state(sounds), before);
+
+        // Without undo the change is the same, and nothing is pushed.
+        QSounds quiet(nullptr, QStreamCache::Memory, false, -1);
+        fill(quiet, {{1, 1}, {2, 2}, {2, 3}});
+        quiet.setUndoEnabled(false);
+        change(quiet);
+        QCOMPARE(state(quiet), done);
+        QCOMPARE(quiet.undoStack()->count(), 0);
     }
 
     void compoundOperationsAreOneStep()
     {
         QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        fill(sounds, {{2, 1}, {1, 5}, {1, 2}});
+        fill(sounds, {{2, 1}, {1, 1}, {1, 5}, {1, 1}});
         const QString before = state(sounds);
+        const QByteArray second = sounds.sample(1);
+        const QByteArray fourth = sounds.sample(3);
         QSignalSpy moves(&sounds, &QAbstractItemModel::rowsMoved);
         sounds.organize();
-        QCOMPARE(pairs(sounds), QStringLiteral("1,2 1,5 2,1"));
+        // Equal pairs keep their order.
+        QCOMPARE(pairs(sounds), u"1,1 1,1 1,5 2,1"_s);
+        QCOMPARE(sounds.sample(0), second);
+        QCOMPARE(sounds.sample(1), fourth);
         QVERIFY(moves.count() <= 3);
-        QCOMPARE(sounds.undoStack()->count(), 1);
-        QCOMPARE(sounds.undoStack()->text(0), QStringLiteral("autoOrganize"));
-        sounds.undo();
-        QCOMPARE(state(sounds), before);
-
         sounds.removeGroup(1, true, 0, 0);
-        QCOMPARE(sounds.undoStack()->text(0), QStringLiteral("removeGroup"));
         sounds.renameGroup(2, 3, true, 0, 0);
-        QCOMPARE(sounds.undoStack()->text(1), QStringLiteral("renameGroup"));
-        QCOMPARE(sounds.undoStack()->count(), 2);
-    }
-
-    void organizeKeepsEqualPairsInOrder()
-    {
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        fill(sounds, {{1, 1}, {0, 0}, {1, 1}, {0, 0}});
-        const QByteArray first = sounds.sample(0);
-        const QByteArray third = sounds.sample(2);
-        sounds.organize();
-        QCOMPARE(pairs(sounds), QStringLiteral("0,0 0,0 1,1 1,1"));
-        QCOMPARE(sounds.sample(2), first);
-        QCOMPARE(sounds.sample(3), third);
+        QCOMPARE(sounds.undoStack()->count(), 3);
+        QCOMPARE(sounds.undoStack()->text(0) + sounds.undoStack()->text(1) + sounds.undoStack()->text(2),
+                 u"autoOrganizeremoveGrouprenameGroup"_s);
+        sounds.undoStack()->setIndex(0);
+        QCOMPARE(state(sounds), before);
 
         // Fewer than two sounds: an empty step, nothing moves.
         QSounds one(nullptr, QStreamCache::Memory, false, -1);
@@ -415,64 +334,19 @@ private Q_SLOTS:
         one.undoStack()->clear();
         one.organize();
         QCOMPARE(one.undoStack()->count(), 1);
-        QCOMPARE(one.count(), 1);
-    }
-
-    void loadingIsNotAChange()
-    {
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        fill(sounds, {{1, 1}, {2, 2}});
-        QSignalSpy changed(&sounds, &QSounds::changed);
-        QSignalSpy reset(&sounds, &QAbstractItemModel::modelReset);
-        QVERIFY(sounds.load(path(QStringLiteral("fill.snd")), false));
-        // One notice at the end, no undo history, not modified.
-        QCOMPARE(changed.count(), 1);
-        QCOMPARE(reset.count(), 1);
-        QCOMPARE(sounds.undoStack()->count(), 0);
-        QVERIFY(!sounds.isModified());
-        QVERIFY(sounds.undoEnabled());
-    }
-
-    void withoutUndoNothingIsPushed()
-    {
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        sounds.setUndoEnabled(false);
-        sounds.insert(0);
-        sounds.setSubItem(0, 1, 2);
-        sounds.duplicate(0);
-        sounds.organize();
-        sounds.remove(0);
-        QCOMPARE(sounds.undoStack()->count(), 0);
-        QCOMPARE(pairs(sounds), QStringLiteral("1,2"));
-    }
-
-    void groupsAndSearch_data()
-    {
-        QTest::addColumn<int>("index");
-        QTest::addColumn<int>("previous");
-        QTest::addColumn<int>("next");
-        // Groups as runs: 1 1 | 2 | 1 | 3 3
-        QTest::newRow("first") << 0 << 0 << 2;
-        QTest::newRow("inside the first run") << 1 << 0 << 2;
-        QTest::newRow("a run of one") << 2 << 0 << 3;
-        QTest::newRow("group 1 again") << 3 << 2 << 4;
-        QTest::newRow("last run") << 5 << 3 << 0;
-        QTest::newRow("out of range") << 9 << 0 << 0;
     }
 
     void groupsAndSearch()
     {
-        QFETCH(int, index);
-        QFETCH(int, previous);
-        QFETCH(int, next);
         QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
         fill(sounds, {{1, 0}, {1, 1}, {2, 0}, {1, 0}, {3, 0}, {3, 1}});
-        QCOMPARE(sounds.previousGroup(index), previous);
-        QCOMPARE(sounds.nextGroup(index), next);
-        QCOMPARE(sounds.find(0, 1, 0), 0);
-        QCOMPARE(sounds.find(1, 1, 0), 3);
-        QCOMPARE(sounds.find(4, 1, 0), -1);
-        QCOMPARE(sounds.find(-5, 3, 1), 5);
+        // Runs 1 1 | 2 | 1 | 3 3: previous and next group of each place, 0 where there is none.
+        QString found;
+        for (int i : {0, 1, 2, 3, 4, 5, 9})
+            found += u"%1:%2,%3 "_s.arg(i).arg(sounds.previousGroup(i)).arg(sounds.nextGroup(i));
+        QCOMPARE(found, u"0:0,2 1:0,2 2:0,3 3:2,4 4:3,0 5:3,0 9:0,0 "_s);
+        QCOMPARE(QList<int>({sounds.find(-5, 1, 0), sounds.find(1, 1, 0), sounds.find(4, 1, 0), sounds.find(0, 3, 1)}),
+                 QList<int>({0, 3, -1, 5}));
     }
 
     void checkTellsEmptyAndDuplicateSounds()
@@ -481,135 +355,110 @@ private Q_SLOTS:
         fill(sounds, {{1, 1}, {5, 5}, {1, 1}, {1, 1}});
         sounds.insert(1);
         sounds.check();
-        const QMessages &messages = sounds.messages();
-        QCOMPARE(messages.count(QMessages::AnySeverity), 4);
-        QCOMPARE(messages.at(0).text, QStringLiteral("Empty sound!"));
-        QCOMPARE(messages.at(0).severity, 0);
-        QCOMPARE(messages.at(0).index, 1);
-        // A triple gives three messages, each naming an earlier sound from 1.
-        QCOMPARE(messages.at(1).text, QStringLiteral("The group 1, index 1 is already in use by sound #1!"));
-        QCOMPARE(messages.at(1).index, 3);
-        QCOMPARE(messages.at(2).text, QStringLiteral("The group 1, index 1 is already in use by sound #4!"));
-        QCOMPARE(messages.at(2).index, 4);
-        QCOMPARE(messages.at(3).text, QStringLiteral("The group 1, index 1 is already in use by sound #1!"));
-        QCOMPARE(messages.at(3).severity, 1);
-    }
-
-    void emptyListsAreNotSaved()
-    {
-        QRecordingUserPrompt prompt;
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        QVERIFY(!sounds.checkSave(0));
-        QCOMPARE(prompt.calls.size(), 1);
-        QCOMPARE(prompt.calls.at(0).title, QStringLiteral("Save SND"));
-        QCOMPARE(prompt.calls.at(0).text,
-                 QStringLiteral("You can't save an empty SND because M.U.G.E.N. will not open it."));
-        sounds.insert(0);
-        QVERIFY(sounds.checkSave(0));
-
-        // Modified: the discard question, No by default.
-        QVERIFY(!sounds.checkDiscard());
-        QCOMPARE(prompt.calls.last().text,
-                 QStringLiteral("Do you really want to discard the changes made in the sounds?"));
-        sounds.clear();
-        QVERIFY(sounds.checkDiscard());
-        QCOMPARE(sounds.undoStack()->count(), 0);
+        // Place, severity and text; a triple gives three messages, each naming an earlier sound from 1.
+        QStringList told;
+        for (int i = 0; i < sounds.messages().rowCount(); ++i) {
+            const QMessage &message = sounds.messages().at(i);
+            told.append(u"%1 %2 %3"_s.arg(message.index).arg(message.severity).arg(message.text));
+        }
+        const QString used = u"1 is already in use by sound #"_s;
+        QCOMPARE(told, QStringList({u"1 0 Empty sound!"_s, u"3 1 The group 1, index "_s + used + u"1!"_s,
+                                    u"4 1 The group 1, index "_s + used + u"4!"_s, u"4 1 The group 1, index "_s + used + u"1!"_s}));
     }
 
     void wavFiles()
     {
         QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
         fill(sounds, {{1, 1}});
-        const QByteArray wav = SndBuilder::wav(1, 16000, 16, 50);
-        const QString in = path(QStringLiteral("in.wav"));
-        QVERIFY(writeFile(in, wav));
+        const QByteArray bytes = wav(1, 16000, 16, 50);
+        const QString in = path(u"in.wav"_s);
+        QVERIFY(writeFile(in, bytes));
         QVERIFY(sounds.loadWav(0, in));
-        QCOMPARE(sounds.sample(0), wav);
+        QCOMPARE(sounds.sample(0), bytes);
         QCOMPARE(sounds.soundInfo(0).sampleRate, 16000u);
 
-        // Missing files and files that aren't WAV leave the sound as it was.
-        QVERIFY(!sounds.loadWav(0, path(QStringLiteral("absent.wav"))));
-        const QString text = path(QStringLiteral("text.wav"));
-        QVERIFY(writeFile(text, "RIFF, but not really"));
-        QVERIFY(!sounds.loadWav(0, text));
+        // Files that can't be read leave the sound as it was, and say why.
+        QVERIFY(!sounds.loadWav(0, path(u"absent.wav"_s)));
+        QCOMPARE(sounds.errorString(), u"no such file"_s);
+        const QString empty = path(u"empty.wav"_s);
+        QVERIFY(writeFile(empty, QByteArray()));
+        QVERIFY(!sounds.loadWav(0, empty));
+        QCOMPARE(sounds.errorString(), u"the file is empty"_s);
         QVERIFY(!sounds.loadWav(5, in));
-        QCOMPARE(sounds.sample(0), wav);
-
-        const QString out = path(QStringLiteral("out.wav"));
-        QVERIFY(sounds.saveWav(0, out));
-        QCOMPARE(readFile(out), wav);
+        QCOMPARE(sounds.sample(0), bytes);
+        // A sound that isn't RIFF/WAVE is kept as it is, unmeasured.
+        const QByteArray ogg = "OggS" + bytes.mid(4);
+        const QString other = path(u"other.ogg"_s);
+        QVERIFY(writeFile(other, ogg));
+        QVERIFY(sounds.loadWav(0, other));
+        QCOMPARE(sounds.sample(0), ogg);
+        QCOMPARE(sounds.soundInfo(0), QSoundInfo());
+        // (Written out, the bytes are read back by the export and import.)
         sounds.insert(1);
-        QVERIFY(!sounds.saveWav(1, path(QStringLiteral("nothing.wav"))));
-        QVERIFY(!QFileInfo::exists(path(QStringLiteral("nothing.wav"))));
+        QVERIFY(!sounds.saveWav(1, path(u"nothing.wav"_s)));
+        QVERIFY(!QFileInfo::exists(path(u"nothing.wav"_s)));
     }
 
-    void exportsBothScriptForms()
+    void exportsAndImportsSoundSets()
     {
         QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
         fill(sounds, {{1, 2}, {-3, 4}, {1, 2}});
         sounds.insert(1);
         QTemporaryDir folder;
-        const QString kse = folder.filePath(QStringLiteral("set.kse"));
+        const QString kse = folder.filePath(u"set.kse"_s);
         QVERIFY(sounds.exportSounds(kse));
         // The empty sound is left out; the second 1,2 gets a name of its own.
         QCOMPARE(readFile(kse), QByteArray("\n[SoundDef]\ngroup = 1\nsample = 2\nfile = 1-2.wav\n"
                                            "\n[SoundDef]\ngroup = -3\nsample = 4\nfile = -3-4.wav\n"
                                            "\n[SoundDef]\ngroup = 1\nsample = 2\nfile = 1-2 (2).wav\n"));
-        QCOMPARE(readFile(folder.filePath(QStringLiteral("1-2.wav"))), sounds.sample(0));
-        QCOMPARE(readFile(folder.filePath(QStringLiteral("1-2 (2).wav"))), sounds.sample(3));
-
-        const QString def = folder.filePath(QStringLiteral("maker.def"));
+        const QString def = folder.filePath(u"maker.def"_s);
         QVERIFY(sounds.exportGroup(-3, def));
         QCOMPARE(readFile(def), QByteArray("maker\n-3-4.wav\n-3\n4\n"));
-    }
 
-    void importsWhatItExports()
-    {
-        QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        fill(sounds, {{1, 2}, {-3, 4}, {1, 2}});
-        QTemporaryDir folder;
-        const QString kse = folder.filePath(QStringLiteral("set.kse"));
-        QVERIFY(sounds.exportSounds(kse));
-
+        // Imported in one undo step, at the place given.
         QSounds target(nullptr, QStreamCache::Disk, true, -1);
         fill(target, {{9, 9}, {9, 10}});
         const QString before = state(target);
         QVERIFY(target.importSounds(kse, 1));
-        QCOMPARE(pairs(target), QStringLiteral("9,9 1,2 -3,4 1,2 9,10"));
-        for (int i = 0; i < 3; ++i)
-            QCOMPARE(target.sample(i + 1), sounds.sample(i));
+        QCOMPARE(pairs(target), u"9,9 1,2 -3,4 1,2 9,10"_s);
+        for (const auto &[to, from] : {std::pair(1, 0), std::pair(2, 2), std::pair(3, 3)})
+            QCOMPARE(target.sample(to), sounds.sample(from));
         QCOMPARE(target.undoStack()->count(), 1);
-        QCOMPARE(target.undoStack()->text(0), QStringLiteral("import"));
+        QCOMPARE(target.undoStack()->text(0), u"import"_s);
         target.undo();
         QCOMPARE(state(target), before);
         target.redo();
-        QCOMPARE(pairs(target), QStringLiteral("9,9 1,2 -3,4 1,2 9,10"));
-
+        QCOMPARE(pairs(target), u"9,9 1,2 -3,4 1,2 9,10"_s);
         // A negative position appends.
         QVERIFY(target.importSounds(kse, -1));
-        QCOMPARE(target.count(), 8);
-        QCOMPARE(target.subItem(7).group, 1);
-        QVERIFY(!target.importSounds(folder.filePath(QStringLiteral("absent.kse")), 0));
+        QCOMPARE(pairs(target), u"9,9 1,2 -3,4 1,2 9,10 1,2 -3,4 1,2"_s);
+        QVERIFY(!target.importSounds(folder.filePath(u"absent.kse"_s), 0));
     }
 
     void importReadsTheScriptLoosely()
     {
         QTemporaryDir folder;
-        QVERIFY(writeFile(folder.filePath(QStringLiteral("Sub/A.wav")), SndBuilder::wav(1, 8000, 8, 4)));
-        QVERIFY(writeFile(folder.filePath(QStringLiteral("set.kse")),
-                          "; made by hand\r\n"
-                          "[Other]\r\ngroup = 99\r\nfile = sub/a.wav\r\n"
-                          "[SoundDef]\r\nGROUP = 7 ; a comment\r\nNumber = -2\r\nunknown = 5\r\n"
-                          "FILE = sub\\a.wav\r\n\r\n"
+        QVERIFY(writeFile(folder.filePath(u"Sub/A.wav"_s), wav(1, 8000, 8, 4)));
+        QVERIFY(writeFile(folder.filePath(u"beep.ogg"_s), "OggS, kept as it is"));
+        QVERIFY(writeFile(folder.filePath(u"set.kse"_s),
+                          "; made by hand\r\n[Other]\r\ngroup = 99\r\nfile = sub/a.wav\r\n"
+                          "[SoundDef]\r\nGROUP = 7 ; a comment\r\nNumber = -2\r\nunknown = 5\r\nFILE = sub\\a.wav\r\n\r\n"
                           "[SoundDef]\r\ngroup = 8\r\nsample = 1\r\nfile = missing.wav\r\n"
-                          "[SoundDef]\r\nsample = 3\r\nfile =   Sub/A.wav  \r\n"
-                          "[sounddef]\r\ngroup = 6\r\nfile = Sub/A.wav\r\n"));
+                          "[SoundDef]\r\nsample = 3\r\nfile =   Sub/A.wav  \r\n[sounddef]\r\ngroup = 6\r\nfile = Sub/A.wav\r\n"
+                          "[SoundDef]\r\ngroup = 5\r\nfile = beep.ogg\r\n[SoundDef]\r\ngroup = 9\r\n"));
+        QRecordingUserPrompt prompt;
         QSounds sounds(nullptr, QStreamCache::Memory, false, -1);
-        QVERIFY(sounds.importSounds(folder.filePath(QStringLiteral("set.kse")), 0));
+        QVERIFY(sounds.importSounds(folder.filePath(u"set.kse"_s), 0));
         // Keys ignore case, files are found as Windows would find them, a
-        // section without a WAV leaves nothing, and only "SoundDef" counts.
-        QCOMPARE(pairs(sounds), QStringLiteral("7,-2 0,3"));
-        QCOMPARE(sounds.sample(1), SndBuilder::wav(1, 8000, 8, 4));
+        // sound that isn't WAV is kept, and only "SoundDef" counts.
+        QCOMPARE(pairs(sounds), u"7,-2 0,3 5,0"_s);
+        QCOMPARE(sounds.sample(1), wav(1, 8000, 8, 4));
+        QCOMPARE(sounds.sample(2), QByteArray("OggS, kept as it is"));
+        // A section without a sound leaves nothing, and says so.
+        QCOMPARE(prompt.calls.size(), 1);
+        QCOMPARE(prompt.calls.at(0).title, u"Import sounds"_s);
+        QCOMPARE(prompt.calls.at(0).text, u"These sounds couldn't be imported and were left out:\n"
+                                          "8,1: missing.wav: no such file\n9,0: no file is named"_s);
     }
 
     void playingNeverBlocks()
@@ -622,7 +471,6 @@ private Q_SLOTS:
         sounds.play(0, false);
         QVERIFY(stopped.wait(5000));
         QCOMPARE(stopped.count(), 1);
-
         // Looped, it goes on until stopped; stop() also cancels the timer.
         sounds.play(0, true);
         sounds.stop();
@@ -635,53 +483,55 @@ private Q_SLOTS:
         QVERIFY(!stopped.wait(1200));
     }
 
-    void playerDecodesWavFiles_data()
+    void wavFilesAreMeasuredAndDecoded_data()
     {
-        QTest::addColumn<QByteArray>("wav");
-        QTest::addColumn<bool>("plays");
-        QTest::addColumn<int>("format");
-        QTest::addColumn<int>("samples");
-        QTest::newRow("8-bit") << SndBuilder::wav(1, 8000, 8, 10) << true << int(QAudioFormat::UInt8) << 10;
-        QTest::newRow("16-bit stereo") << SndBuilder::wav(2, 8000, 16, 10) << true << int(QAudioFormat::Int16) << 40;
+        // What the header parse reads, and what the player would play: its
+        // sample format and bytes, or nothing.
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("measured");
+        QTest::addColumn<QString>("played");
+        QTest::newRow("8-bit mono") << wav(1, 11025, 8, 11025) << u"1ch 11025Hz 8bit 1s"_s << u"UInt8 11025"_s;
+        QTest::newRow("16-bit stereo") << wav(2, 22050, 16, 11025) << u"2ch 22050Hz 16bit 0.5s"_s << u"Int16 44100"_s;
         // 24-bit samples widen to 32 bits.
-        QTest::newRow("24-bit") << SndBuilder::wav(1, 8000, 24, 10) << true << int(QAudioFormat::Int32) << 40;
-        QTest::newRow("float") << SndBuilder::wav(1, 8000, 32, 10, 3) << true << int(QAudioFormat::Float) << 40;
+        QTest::newRow("24-bit") << wav(1, 8000, 24, 10) << u"1ch 8000Hz 24bit 0.00125s"_s << u"Int32 40"_s;
+        // Compressed formats, float and other kinds of sound aren't measured.
+        QTest::newRow("float") << wav(1, 8000, 32, 10, 3) << u"0ch 0Hz 0bit 0s"_s << u"Float 40"_s;
+        QTest::newRow("ADPCM") << wav(1, 8000, 4, 10, 2) << u"0ch 0Hz 0bit 0s"_s << QString();
+        QTest::newRow("not RIFF/WAVE") << "OggS" + wav(1, 8000, 8, 10).mid(4) << u"0ch 0Hz 0bit 0s"_s << QString();
+        QTest::newRow("RIFX") << "RIFX" + wav(1, 8000, 8, 10).mid(4) << u"0ch 0Hz 0bit 0s"_s << QString();
         // An extensible format names PCM in its sub-format.
-        const QByteArray extensibleFormat = SndBuilder::le16(0xFFFE) + SndBuilder::le16(1) + SndBuilder::le32(8000)
-            + SndBuilder::le32(16000) + SndBuilder::le16(2) + SndBuilder::le16(16) + SndBuilder::le16(22)
-            + SndBuilder::le16(16) + SndBuilder::le32(4) + SndBuilder::le16(1) + QByteArray(14, '\x11');
-        const QByteArray extensible = QByteArray("RIFF") + SndBuilder::le32(0) + "WAVEfmt " + SndBuilder::le32(40)
-            + extensibleFormat + "data" + SndBuilder::le32(20) + QByteArray(20, '\x01');
-        QTest::newRow("extensible PCM") << extensible << true << int(QAudioFormat::Int16) << 20;
-        QTest::newRow("ADPCM") << SndBuilder::wav(1, 8000, 4, 10, 2) << false << 0 << 0;
-        // More channels than any output takes (and than QAudioFormat keeps).
-        QTest::newRow("32769 channels") << SndBuilder::wav(0x8001, 8000, 8, 1) << false << 0 << 0;
+        using SndBuilder::le16;
+        using SndBuilder::le32;
+        const QByteArray extensible = QByteArray("RIFF") + le32(0) + "WAVEfmt " + le32(40) + le16(0xFFFE) + le16(1)
+            + le32(8000) + le32(16000) + le16(2) + le16(16) + le16(22) + le16(16) + le32(4) + le16(1) + QByteArray(14, '\x11')
+            + "data" + le32(20) + QByteArray(20, '\x01');
+        QTest::newRow("extensible PCM") << extensible << u"0ch 0Hz 0bit 0s"_s << u"Int16 20"_s;
+        QTest::newRow("no data chunk") << wav(1, 8000, 8, 10).replace("data", "atad") << u"0ch 0Hz 0bit 0s"_s << QString();
+        QTest::newRow("byte rate 0") << wav(1, 8000, 8, 10).replace(28, 4, le32(0)) << u"1ch 8000Hz 8bit 0s"_s << u"UInt8 10"_s;
+        // More channels than any output takes (and than QAudioFormat keeps); 8 bits of the count are kept.
+        QTest::newRow("32769 channels") << wav(0x8001, 8000, 8, 1) << u"1ch 8000Hz 8bit 0.000125s"_s << QString();
         // A data chunk claiming more than there is: whole frames of what is there.
-        QByteArray cut = SndBuilder::wav(2, 8000, 16, 10);
-        cut.chop(3);
-        QTest::newRow("cut data") << cut << true << int(QAudioFormat::Int16) << 36;
-        QTest::newRow("not RIFF") << QByteArray("RIFX") + SndBuilder::wav(1, 8000, 8, 10).mid(4) << false << 0 << 0;
+        QTest::newRow("cut data") << wav(2, 8000, 16, 10).chopped(3) << u"2ch 8000Hz 16bit 0.00125s"_s << u"Int16 36"_s;
         // An odd chunk before the data is padded to an even size.
-        QByteArray padded = SndBuilder::wav(1, 8000, 8, 10);
-        padded.insert(36, QByteArray("LIST\x03\x00\x00\x00xyz\x00", 12));
-        QTest::newRow("odd chunk before the data") << padded << true << int(QAudioFormat::UInt8) << 10;
+        QTest::newRow("odd chunk before the data") << wav(1, 8000, 8, 10).insert(36, QByteArray("LIST\x03\x00\x00\x00xyz\x00", 12))
+                                                   << u"1ch 8000Hz 8bit 0.00125s"_s << u"UInt8 10"_s;
     }
 
-    void playerDecodesWavFiles()
+    void wavFilesAreMeasuredAndDecoded()
     {
-        QFETCH(QByteArray, wav);
-        QFETCH(bool, plays);
-        QFETCH(int, format);
-        QFETCH(int, samples);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, measured);
+        QFETCH(QString, played);
+        const QSoundInfo info = QSoundInfo::fromWav(bytes);
+        QCOMPARE(u"%1ch %2Hz %3bit %4s"_s.arg(info.channels).arg(info.sampleRate).arg(info.bitsPerSample).arg(info.duration),
+                 measured);
+        static const char *const formats[] = {"Unknown", "UInt8", "Int16", "Int32", "Float"};
         QAudioFormat audio;
         QByteArray data;
-        QCOMPARE(QSoundPlayer::decode(wav, &audio, &data), plays);
-        if (!plays)
-            return;
-        QCOMPARE(int(audio.sampleFormat()), format);
-        QCOMPARE(data.size(), samples);
-        if (format == QAudioFormat::Int32 && QTest::currentDataTag() == QByteArray("24-bit"))
-            QCOMPARE(data.left(4), QByteArray(1, '\0') + wav.mid(44, 3));
+        const bool plays = QSoundPlayer::decode(bytes, &audio, &data);
+        QCOMPARE(plays ? u"%1 %2"_s.arg(QLatin1String(formats[audio.sampleFormat()])).arg(data.size()) : QString(), played);
+        if (QTest::currentDataTag() == QByteArray("24-bit"))
+            QCOMPARE(data.left(4), QByteArray(1, '\0') + bytes.mid(44, 3));
     }
 };
 

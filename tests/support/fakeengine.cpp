@@ -1,13 +1,8 @@
-// A stand-in for the engine in the tests of test runs: it records its
-// command line and what it finds in its folders, then exits.
-//
-//   FAKE_ENGINE_LOG       file to write, one line each: "cwd PATH",
-//                         "arg TEXT", "file RELATIVE-PATH SIZE" (sorted)
-//   FAKE_ENGINE_SNAPSHOT  folder into which every file found is copied
-//   FAKE_ENGINE_SLEEP_MS  how long to stay before exiting
-//   FAKE_ENGINE_EXIT      the exit code
-//
-// Plain C++, so that it starts the way an outside program starts.
+// A stand-in for the engine in the tests of test runs, in plain C++ so that
+// it starts as an outside program does. It writes to FAKE_ENGINE_LOG one line
+// each: "cwd PATH", "arg TEXT", "file RELATIVE-PATH" for what it finds under
+// chars/ and stages/ (sorted); copies those files into FAKE_ENGINE_SNAPSHOT;
+// stays FAKE_ENGINE_SLEEP_MS and exits with FAKE_ENGINE_EXIT.
 
 #include <algorithm>
 #include <chrono>
@@ -40,7 +35,7 @@ int main(int argc, char **argv)
         for (int i = 1; i < argc; ++i)
             out << "arg " << argv[i] << '\n';
         for (const std::string &file : files)
-            out << "file " << file << ' ' << fs::file_size(cwd / file) << '\n';
+            out << "file " << file << '\n';
     }
     if (const char *snapshot = std::getenv("FAKE_ENGINE_SNAPSHOT")) {
         for (const std::string &file : files) {

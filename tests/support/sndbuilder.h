@@ -8,19 +8,16 @@
 
 namespace SndBuilder {
 
-inline QByteArray le32(quint32 value)
+/** `value` in little-endian bytes. */
+template <typename T>
+QByteArray le(T value)
 {
-    QByteArray bytes(4, '\0');
+    QByteArray bytes(sizeof(T), '\0');
     qToLittleEndian(value, bytes.data());
     return bytes;
 }
-
-inline QByteArray le16(quint16 value)
-{
-    QByteArray bytes(2, '\0');
-    qToLittleEndian(value, bytes.data());
-    return bytes;
-}
+inline QByteArray le32(quint32 value) { return le(value); }
+inline QByteArray le16(quint16 value) { return le(value); }
 
 /**
  * A WAV file: the RIFF header, a 16-byte format chunk of `tag`, and a data

@@ -149,8 +149,10 @@ void QAnimationFrame::release()
 
 void QAnimationFrame::update(const QList<QTextElementToken> &tokens)
 {
-    m_spriteGroup = qint16(integer(tokens, 0));
-    m_spriteIndex = qint16(integer(tokens, 2));
+    // Sprite numbers are 16-bit; one beyond that reads as 0, as any number
+    // too large for its field does, never wrapped into another sprite.
+    m_spriteGroup = tokens.value(0).text.toShort();
+    m_spriteIndex = tokens.value(2).text.toShort();
     m_offsetX = integer(tokens, 4);
     m_offsetY = integer(tokens, 6);
     m_time = integer(tokens, 8);

@@ -5,9 +5,10 @@
 
 #include <QHash>
 #include <QRegularExpression>
-#include <QSet>
 #include <QTextCursor>
 #include <QTextDocument>
+
+#include <algorithm>
 
 namespace {
 
@@ -35,6 +36,19 @@ QTextElement *nextAlive(QTextElement *e)
 bool isAction(const QTextElement *e)
 {
     return e && e->elementType() == AnimationElement::Action;
+}
+
+/**
+ * Whether a change can give lines other owners: a line that comes or goes,
+ * or a declaration or an inter-frame line rewritten as another kind
+ * ("Clsn1" typed into "Clsn2").
+ */
+bool reshapes(const QTextElementChange &change)
+{
+    const int type = change.element->elementType();
+    if (change.kind == QTextElementChange::Changed)
+        return type & (AnimationElement::Declaration | AnimationElement::InterFrame);
+    return type & AirKinds;
 }
 
 QAnimation *actionBefore(QTextElement *e)
@@ -92,7 +106,9 @@ void QAnimations::setEditor(QSyntaxTextEditor *editor)
         m_autoFix = false;
         m_editor->reparseAll();
         m_autoFix = autoFix;
-        rebuildAll();
+        rebuildAll({});
+        // Lines read, not edited: nothing to fix.
+        m_touched.clear();
     }
 }
 
@@ -151,11 +167,21 @@ QAnimation *QAnimations::duplicate(int index, int number)
         return nullptr;
     QString text = source->text();
     if (number != -1) {
-        // Every such header in the copy, comments and all: that is how it is meant.
-        const QRegularExpression header(
-            QRegularExpression::escape(QStringLiteral("[begin action %1]").arg(source->number())),
-            QRegularExpression::CaseInsensitiveOption);
-        text.replace(header, QStringLiteral("[Begin Action %1]").arg(number));
+        // Every header of the old number in the copy, comments and all: that
+        // is how it is meant. The number is compared as the header is read,
+        // so "[Begin Action 000]" is a header of action 0.
+        static const QRegularExpression header(QStringLiteral("\\[\\s*begin\\s+action\\s+(-?\\d+)\\s*\\]"),
+                                               QRegularExpression::CaseInsensitiveOption);
+        QString copy;
+        qsizetype done = 0;
+        for (auto it = header.globalMatch(text); it.hasNext();) {
+            const QRegularExpressionMatch match = it.next();
+            if (match.captured(1).toInt() != source->number())
+                continue;
+            copy += text.mid(done, match.capturedStart() - done) + QStringLiteral("[Begin Action %1]").arg(number);
+            done = match.capturedEnd();
+        }
+        text = copy + text.mid(done);
     }
     beginUpdate();
     if (QAnimation *next = at(index + 1))
@@ -279,14 +305,17 @@ void QAnimations::update(QElementTextEditor *editor, QList<QTextElementChange> &
 {
     if (editor != m_editor)
         return;
+    QSet<QTextElement *> added;
     int structural = 0;
     for (const QTextElementChange &change : changes) {
-        if (change.kind != QTextElementChange::Changed && (change.element->elementType() & AirKinds))
+        if (reshapes(change))
             ++structural;
+        if (change.kind == QTextElementChange::Added)
+            added.insert(change.element);
     }
 
     if (structural > RebuildThreshold) {
-        rebuildAll();
+        rebuildAll(added);
     } else if (structural > 0) {
         followHeaders(changes);
         // Each change reshapes the animation around it; a new header also its own.
@@ -294,7 +323,7 @@ void QAnimations::update(QElementTextEditor *editor, QList<QTextElementChange> &
         bool fromStart = false;
         for (const QTextElementChange &change : changes) {
             QTextElement *e = change.element;
-            if (change.kind == QTextElementChange::Changed || !(e->elementType() & AirKinds))
+            if (!reshapes(change))
                 continue;
             QAnimation *start = actionBefore(e);
             if (start) {
@@ -307,9 +336,9 @@ void QAnimations::update(QElementTextEditor *editor, QList<QTextElementChange> &
                 starts.append(static_cast<QAnimation *>(e));
         }
         if (fromStart)
-            recomputeRegion(nullptr, m_editor->firstElement());
+            recomputeRegion(nullptr, m_editor->firstElement(), added);
         for (QAnimation *start : std::as_const(starts))
-            recomputeRegion(start, start->next);
+            recomputeRegion(start, start->next, added);
     }
 
     // Names and numbers shown in the rows.
@@ -325,15 +354,26 @@ void QAnimations::update(QElementTextEditor *editor, QList<QTextElementChange> &
             Q_EMIT dataChanged(QAbstractListModel::index(row), QAbstractListModel::index(row));
     }
 
+    // An undo or a redo gives back text as it was, and is no edit to fix:
+    // a fix now would be a new edit, and would end the redo.
+    if (m_editor->isReactingToDocument() && m_editor->document()->availableRedoSteps() > 0)
+        m_touched.clear();
     if (m_autoFix && !m_touched.isEmpty()) {
-        // The document can't be edited while it reports a change of its own.
+        // The document can't be edited while it reports a change of its own:
+        // the fix follows, and joins the undo step of that change.
         if (m_editor->isReactingToDocument()) {
             if (!m_fixQueued) {
                 m_fixQueued = true;
-                QMetaObject::invokeMethod(this, &QAnimations::applyAutoFix, Qt::QueuedConnection);
+                QMetaObject::invokeMethod(
+                    this,
+                    [this] {
+                        m_fixQueued = false;
+                        applyAutoFix(true);
+                    },
+                    Qt::QueuedConnection);
             }
         } else {
-            applyAutoFix();
+            applyAutoFix(false);
         }
     } else if (!m_autoFix) {
         m_touched.clear();
@@ -368,7 +408,7 @@ void QAnimations::followHeaders(const QList<QTextElementChange> &changes)
     }
 }
 
-void QAnimations::rebuildAll()
+void QAnimations::rebuildAll(const QSet<QTextElement *> &added)
 {
     beginResetModel();
     m_animations.clear();
@@ -377,14 +417,14 @@ void QAnimations::rebuildAll()
             if (e->alive && isAction(e))
                 m_animations.append(static_cast<QAnimation *>(e));
         }
-        recomputeRegion(nullptr, m_editor->firstElement());
+        recomputeRegion(nullptr, m_editor->firstElement(), added);
         for (QAnimation *animation : std::as_const(m_animations))
-            recomputeRegion(animation, animation->next);
+            recomputeRegion(animation, animation->next, added);
     }
     endResetModel();
 }
 
-void QAnimations::recomputeRegion(QAnimation *start, QTextElement *from)
+void QAnimations::recomputeRegion(QAnimation *start, QTextElement *from, const QSet<QTextElement *> &added)
 {
     if (start)
         start->frames.clear();
@@ -448,15 +488,24 @@ void QAnimations::recomputeRegion(QAnimation *start, QTextElement *from)
             qualifiers.append(qualifier);
         }
     }
+    // A declaration is edited when a box line joins or leaves it; only then
+    // are its count and indexes fixed. One that came in with all its boxes
+    // (a paste, a copy, a move) is text as it was written, and an edit
+    // elsewhere leaves a wrong count as the file has it.
     for (auto it = before.cbegin(); it != before.cend(); ++it) {
-        if (it.key()->boxes != it.value() || it.key()->writtenCount != it.key()->count())
-            m_touched.append(it.key());
+        QCollisionBoxes *declaration = it.key();
+        if (declaration->boxes == it.value())
+            continue;
+        const bool arrivedWhole = added.contains(declaration)
+            && std::all_of(declaration->boxes.cbegin(), declaration->boxes.cend(),
+                           [&added](QCollisionBox *box) { return added.contains(box); });
+        if (!arrivedWhole)
+            m_touched.append(declaration);
     }
 }
 
-void QAnimations::applyAutoFix()
+void QAnimations::applyAutoFix(bool joinPrevious)
 {
-    m_fixQueued = false;
     QList<QCollisionBoxes *> touched;
     touched.swap(m_touched);
     if (!m_editor || !m_autoFix)
@@ -470,6 +519,8 @@ void QAnimations::applyAutoFix()
         done.insert(declaration);
         const auto begin = [&] {
             if (!begun) {
+                if (joinPrevious)
+                    m_editor->cursor().joinPreviousEditBlock();
                 m_editor->beginUpdate();
                 begun = true;
             }
@@ -488,8 +539,15 @@ void QAnimations::applyAutoFix()
             }
         }
     }
-    if (begun)
+    if (begun) {
         m_editor->endUpdate();
+        if (joinPrevious) {
+            // Its end reports the whole step again; the lines are parsed already.
+            m_editor->raiseParseGuard();
+            m_editor->cursor().endEditBlock();
+            m_editor->lowerParseGuard();
+        }
+    }
 }
 
 QString dumpAnimations(const QAnimations &animations)

@@ -5,6 +5,7 @@
 #include "qanimationelements.h"
 
 #include <QList>
+#include <QSet>
 
 class QElementTextEditor;
 class QSyntaxTextEditor;
@@ -89,15 +90,20 @@ Q_SIGNALS:
 public Q_SLOTS:
     /** Follows a parse of the document. */
     void update(QElementTextEditor *editor, QList<QTextElementChange> &changes);
-    /** Rewrites the counts and indexes of declarations and boxes that edits left wrong. */
-    void applyAutoFix();
 
 private:
     void attach(QSyntaxTextEditor *editor, bool accept);
-    void rebuildAll();
-    void recomputeRegion(QAnimation *start, QTextElement *from);
+    /** Rebuilds the rows and every animation; `added` holds the elements this parse made. */
+    void rebuildAll(const QSet<QTextElement *> &added);
+    /** Gives the frames from `from` to the next header to `start`, noting the declarations edited. */
+    void recomputeRegion(QAnimation *start, QTextElement *from, const QSet<QTextElement *> &added);
     void followHeaders(const QList<QTextElementChange> &changes);
     int rowOf(const QAnimation *animation) const;
+    /**
+     * Rewrites the counts and indexes of the declarations that edits left
+     * wrong; with `joinPrevious`, as part of the document's last undo step.
+     */
+    void applyAutoFix(bool joinPrevious);
 
     QSyntaxTextEditor *m_editor = nullptr;
     QList<QAnimation *> m_animations;

@@ -10,7 +10,8 @@ QSoundInfo QSoundInfo::fromWav(const QByteArray &wav)
     constexpr int FormatTag = 20;
     constexpr int FormatEnd = 36;
     QSoundInfo info;
-    if (wav.size() < FormatEnd)
+    // Another kind of sound is kept as it is, and not measured.
+    if (wav.size() < FormatEnd || !wav.startsWith("RIFF") || wav.mid(8, 4) != "WAVE")
         return info;
     const char *bytes = wav.constData();
     if (qFromLittleEndian<quint16>(bytes + FormatTag) != 1)

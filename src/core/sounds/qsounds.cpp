@@ -325,15 +325,32 @@ QByteArray QSounds::sample(int index) const
 
 bool QSounds::loadWav(int index, const QString &fileName)
 {
-    if (!validIndex(index))
+    m_error.clear();
+    if (!validIndex(index)) {
+        m_error = tr("no such sound");
         return false;
+    }
     QFile file(fileName);
+    if (!QFileInfo(fileName).isFile()) {
+        m_error = tr("no such file");
+        return false;
+    }
     // SND lengths are 32-bit; anything near that is no sound effect.
-    if (!QFileInfo(fileName).isFile() || file.size() > 0x7FFFFFFF || !file.open(QIODevice::ReadOnly))
+    if (file.size() > 0x7FFFFFFF) {
+        m_error = tr("the file is too large for an SND");
         return false;
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        m_error = file.errorString();
+        return false;
+    }
     const QByteArray bytes = file.readAll();
-    if (bytes.size() < 12 || !bytes.startsWith("RIFF") || bytes.mid(8, 4) != "WAVE")
+    if (bytes.isEmpty()) {
+        m_error = tr("the file is empty");
         return false;
+    }
+    // The bytes are kept whatever they hold: a sound that isn't RIFF/WAVE
+    // is stored and played as it is, only not measured.
     setSample(index, bytes);
     return true;
 }

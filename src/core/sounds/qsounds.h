@@ -67,7 +67,7 @@ public:
     bool fromFile(const QString &fileName, bool keepName) { return load(fileName, keepName); }
     /** save() under the name the project uses. */
     bool toFile(const QString &fileName, bool asCopy) { return save(fileName, asCopy); }
-    /** The reason the last load() or save() failed, for messages; empty after a success. */
+    /** The reason the last load(), save() or loadWav() failed, for messages; empty after a success. */
     QString errorString() const { return m_error; }
 
     /** Removes every sound, the file name and the undo history; not modified afterwards. */
@@ -99,9 +99,10 @@ public:
     /** The sound's WAV bytes; empty for an empty sound or out of range. */
     QByteArray sample(int index) const;
     /**
-     * Replaces the sound's bytes by the WAV file `fileName`. False, with
-     * the sound unchanged, when the file can't be read or isn't a RIFF
-     * WAVE file.
+     * Replaces the sound's bytes by the file `fileName`, as it is: a sound
+     * that isn't RIFF/WAVE is kept and isn't measured. False, with the
+     * sound unchanged and the reason in errorString(), when the file can't
+     * be read or is empty.
      */
     bool loadWav(int index, const QString &fileName);
     /** Writes the sound's bytes to `fileName`; false for an empty sound or a failed write. */
@@ -143,8 +144,9 @@ public:
     bool exportGroup(qint32 group, const QString &fileName);
     /**
      * Reads a ".kse" script and inserts its sounds at `position`, or at the
-     * end for a negative one, in one undo step. Sounds whose WAV can't be
-     * loaded are left out. False when the script can't be read.
+     * end for a negative one, in one undo step. Sounds whose file can't be
+     * loaded, or that name none, are left out, and one warning lists them.
+     * False when the script can't be read.
      */
     bool importSounds(const QString &fileName, int position);
 

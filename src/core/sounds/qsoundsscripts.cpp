@@ -6,6 +6,7 @@
 
 #include "../base/atomicfile.h"
 #include "../base/filelookup.h"
+#include "../base/quserprompt.h"
 #include "../text/qtexttokenizer.h"
 #include "soundcommands.h"
 
@@ -95,6 +96,8 @@ bool QSounds::importSounds(const QString &fileName, int position)
         position = count();
 
     const Macro macro(this, QStringLiteral("import"));
+    // What couldn't be imported, one line each, told at the end.
+    QStringList leftOut;
     int token = tokenizer.next();
     while (token != QTextTokenizer::EndOfText) {
         // Lines are skipped up to a section.
@@ -111,6 +114,7 @@ bool QSounds::importSounds(const QString &fileName, int position)
         const bool undo = m_undoEnabled;
         m_undoEnabled = false;
         insert(position);
+        QString failure = tr("no file is named");
         while (token != QTextTokenizer::EndOfText && token != QTextTokenizer::OpenBracket) {
             if (token != QTextTokenizer::Identifier) {
                 token = nextLine(tokenizer, token);
@@ -122,7 +126,8 @@ bool QSounds::importSounds(const QString &fileName, int position)
                 if (token == QTextTokenizer::Equal) {
                     QString name;
                     token = tokenizer.readUntil(name, QLatin1Char('\n'));
-                    loadWav(position, findFile(folder, name.trimmed()));
+                    failure = loadWav(position, findFile(folder, name.trimmed()))
+                        ? QString() : QStringLiteral("%1: %2").arg(name.trimmed(), errorString());
                 }
                 token = nextLine(tokenizer, token);
                 continue;
@@ -144,8 +149,11 @@ bool QSounds::importSounds(const QString &fileName, int position)
         }
         // A section whose sound got no data leaves nothing behind.
         const bool filled = m_sounds.at(position)->data != nullptr;
-        if (!filled)
+        if (!filled) {
+            const QSubItem item = subItem(position);
+            leftOut.append(QStringLiteral("%1,%2: %3").arg(item.group).arg(item.index).arg(failure));
             remove(position);
+        }
         m_undoEnabled = undo;
         if (filled) {
             if (undo)
@@ -153,5 +161,8 @@ bool QSounds::importSounds(const QString &fileName, int position)
             ++position;
         }
     }
+    if (!leftOut.isEmpty())
+        userPrompt->warning(tr("Import sounds"), tr("These sounds couldn't be imported and were left out:\n%1")
+                                                     .arg(leftOut.join(QLatin1Char('\n'))));
     return true;
 }

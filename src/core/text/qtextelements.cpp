@@ -52,6 +52,16 @@ bool isCommentAbove(const QString &text)
     return false;
 }
 
+/** A line opens the next group when its first character that isn't blank is '['. */
+bool opensGroup(const QString &text)
+{
+    for (const QChar c : text) {
+        if (!c.isSpace())
+            return c == QLatin1Char('[');
+    }
+    return false;
+}
+
 } // namespace
 
 int QGroupHeader::firstLine() const
@@ -68,7 +78,8 @@ int QGroupHeader::firstLine() const
 int QGroupHeader::lastLine() const
 {
     QTextBlock line = block.next();
-    while (line.isValid() && !line.text().startsWith(QLatin1Char('[')))
+    // An indented header is a header all the same: the engine reads it so.
+    while (line.isValid() && !opensGroup(line.text()))
         line = line.next();
     if (!line.isValid())
         return block.document()->blockCount();
