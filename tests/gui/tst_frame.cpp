@@ -1,4 +1,5 @@
 #include "core/app/qproject.h"
+#include "core/sounds/qsounds.h"
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
 #include "core/base/qprojecttypes.h"
@@ -9,6 +10,7 @@
 #include "gui/app/qpresetmanager.h"
 #include "testsupport.h"
 
+#include <QListView>
 #include <QMainWindow>
 #include <QMessageBox>
 #include <QPushButton>
@@ -202,6 +204,62 @@ private Q_SLOTS:
         QCOMPARE(spin->parentWidget(), nullptr);
         QVERIFY(!spin->isVisible());
         QVERIFY(!f.ui->editorToolbar()->isVisible());
+    }
+
+    void theOrganizerMovesAndDeletesAsOneStep()
+    {
+        Frame f;
+        QSounds sounds(nullptr, 0, false, -1);
+        for (int i = 0; i < 6; ++i) {
+            sounds.insert(i);
+            sounds.setSubItem(i, 0, i);
+        }
+        sounds.undoStack()->clear();
+        auto *organizer = static_cast<QOrganizerEditor *>(f.ui->extraEditor(QInterfaceIds::Organizer));
+        // The current editor answers with its list.
+        connect(organizer, &QOrganizerEditor::object, organizer, [&sounds](bool) { return &sounds; });
+        organizer->activate(true);
+        auto order = [&sounds] {
+            QStringList rows;
+            for (int i = 0; i < sounds.count(); ++i)
+                rows.append(sounds.data(sounds.index(i)).toString().section(QLatin1Char(' '), 1));
+            return rows.join(QLatin1Char(' '));
+        };
+        auto select = [organizer, &sounds](const QList<int> &rows) {
+            auto *list = qobject_cast<QListView *>(mainInterface->control(QStringLiteral("org_list")));
+            list->selectionModel()->clearSelection();
+            for (int row : rows)
+                list->selectionModel()->select(sounds.index(row), QItemSelectionModel::Select);
+            return organizer->selectedRows();
+        };
+        QCOMPARE(select({3, 5}), QList<int>({3, 5}));
+        // Rows 3 and 5 one up: they keep their order and their gap, and stay selected.
+        organizer->moveUp();
+        QCOMPARE(order(), QStringLiteral("0 1 3 2 5 4"));
+        QCOMPARE(organizer->selectedRows(), QList<int>({2, 4}));
+        organizer->moveBottom();
+        QCOMPARE(order(), QStringLiteral("0 1 2 4 3 5"));
+        organizer->moveUp10();
+        QCOMPARE(order(), QStringLiteral("3 5 0 1 2 4"));
+        QCOMPARE(organizer->selectedRows(), QList<int>({0, 1}));
+        QCOMPARE(sounds.undoStack()->count(), 3);
+        sounds.undo();
+        sounds.undo();
+        sounds.undo();
+        QCOMPARE(order(), QStringLiteral("0 1 2 3 4 5"));
+
+        // Delete asks first, then takes the rows away in one step.
+        QRecordingUserPrompt prompt;
+        prompt.answer({true});
+        select({1, 4});
+        QTest::keyClick(mainInterface->control(QStringLiteral("org_list")), Qt::Key_Delete);
+        QCOMPARE(prompt.calls.size(), 1);
+        QCOMPARE(prompt.calls.first().title, QStringLiteral("Delete"));
+        QCOMPARE(prompt.calls.first().text, QStringLiteral("Do you really want to delete the selected item(s)?"));
+        QVERIFY(!prompt.calls.first().defaultYes);
+        QCOMPARE(order(), QStringLiteral("0 2 3 5"));
+        sounds.undo();
+        QCOMPARE(order(), QStringLiteral("0 1 2 3 4 5"));
     }
 
     void questionsWithMoreThanTwoAnswers()

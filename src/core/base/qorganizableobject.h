@@ -18,11 +18,8 @@ public:
      * the user selected), so that moving or deleting them is undone at
      * once. Closed by endOrganize(); the two pair up, and nest.
      */
-    virtual void beginOrganize(const QList<int> &rows)
-    {
-        Q_UNUSED(rows)
-    }
-    virtual void endOrganize() {}
+    virtual void beginOrganize(const QList<int> &rows) = 0;
+    virtual void endOrganize() = 0;
 
 public Q_SLOTS:
     /** Deletes the row `index`; nothing for a row out of range. */
