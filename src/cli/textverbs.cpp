@@ -331,12 +331,23 @@ void appendIssues(QSyntaxTextEditor *document, const QString &path, QList<Diagno
     }
 }
 
-/** Checks a loaded document as engine text at `version`; the suffix said it is engine text. */
-void checkDocument(QSyntaxTextEditor *document, const QString &path, quint32 version, QList<Diagnostic> &out)
+/** Whether a file holds states in Ikemen GO's own script language, which isn't checked. */
+bool isZss(const QString &path)
 {
-    if (path.isEmpty() || !firstCheckOf(path))
+    return path.endsWith(QLatin1String(".zss"), Qt::CaseInsensitive);
+}
+
+/**
+ * Checks a loaded document as engine text at `version`, for the engine
+ * `target`; the suffix said it is engine text.
+ */
+void checkDocument(QSyntaxTextEditor *document, const QString &path, quint32 version, int target,
+                   QList<Diagnostic> &out)
+{
+    if (path.isEmpty() || isZss(path) || !firstCheckOf(path))
         return;
     document->setLanguage(1);
+    document->setTarget(target);
     document->setVersion(version);
     appendIssues(document, path, out);
 }
@@ -372,7 +383,10 @@ bool checkScreenpack(const Command &command, const QString &path, QList<Diagnost
     const QString named = document.hierarchy()->findValue(QStringLiteral("mugenversion"), QStringLiteral("info")).trimmed();
     quint32 version = DefaultEngineVersion;
     engineVersion(command, &version, named.isEmpty() ? DefaultEngineVersion : packEngineVersion(named));
-    checkDocument(&document, path, version, out);
+    const bool ikemen = !document.hierarchy()->findValue(QStringLiteral("ikemenversion"), QStringLiteral("info")).trimmed().isEmpty();
+    int target = TargetMugen;
+    engineTarget(command, &target, ikemen ? TargetIkemen : TargetMugen);
+    checkDocument(&document, path, version, target, out);
 
     const QStringList folders = engineFolders(QFileInfo(path).absolutePath());
     for (const NamedFile &file : screenpackFiles(document.text())) {
@@ -389,12 +403,15 @@ bool checkText(const Command &command, const QString &path, QProjectFileType fil
 {
     quint32 version = DefaultEngineVersion;
     engineVersion(command, &version, DefaultEngineVersion);
+    int target = TargetMugen;
+    engineTarget(command, &target, TargetMugen);
     QSyntaxTextEditor document(nullptr, fileType, false, version, true);
+    document.setTarget(target);
     if (!document.load(path, defaultCodepage(), true)) {
         error(QStringLiteral("check"), QStringLiteral("%1: can't be read").arg(path));
         return false;
     }
-    checkDocument(&document, path, version, out);
+    checkDocument(&document, path, version, target, out);
     return true;
 }
 
@@ -418,7 +435,9 @@ bool checkProject(const Command &command, const QString &path, QList<Diagnostic>
     QDefinitions *definitions = project.definitions();
     quint32 version = definitions->version();
     engineVersion(command, &version, definitions->version());
-    checkDocument(definitions, path, version, out);
+    int target = definitions->target();
+    engineTarget(command, &target, definitions->target());
+    checkDocument(definitions, path, version, target, out);
 
     const QDefinitionsFiles files = definitions->files();
     const auto missing = [&](const QString &name, bool required) {
@@ -452,11 +471,11 @@ bool checkProject(const Command &command, const QString &path, QList<Diagnostic>
         missing(palette, false);
 
     if (character) {
-        checkDocument(project.animationText(), project.animationText()->fileName(), version, out);
-        checkDocument(project.commands(), project.commands()->fileName(), version, out);
+        checkDocument(project.animationText(), project.animationText()->fileName(), version, target, out);
+        checkDocument(project.commands(), project.commands()->fileName(), version, target, out);
     }
     for (int i = 0; i < project.statesCount(); ++i)
-        checkDocument(project.states(i), project.states(i)->fileName(), version, out);
+        checkDocument(project.states(i), project.states(i)->fileName(), version, target, out);
     const auto checkBinary = [&out](QProjectFile *file, const QString &name) {
         if (file->isEmpty() || !firstCheckOf(name))
             return;
@@ -496,8 +515,9 @@ int projectInfo(const Command &command, const QString &path)
     name("commands", files.commands);
     for (const QString &palette : files.palettes)
         name("palette", palette);
+    // Ikemen GO's script states are named as any state file; they are listed apart.
     for (const QString &state : files.states)
-        name("states", state);
+        name(isZss(state) ? "zss" : "states", state);
 
     const QJsonObject counts{{QStringLiteral("sprites"), project.sprites()->count()},
                              {QStringLiteral("palettes"), project.sprites()->paletteCount()},
@@ -509,6 +529,9 @@ int projectInfo(const Command &command, const QString &path)
                               {QStringLiteral("path"), path},
                               {QStringLiteral("name"), definitions->name()},
                               {QStringLiteral("engineVersion"), versionText(definitions->version())},
+                              {QStringLiteral("target"), definitions->target() == TargetIkemen
+                                                             ? QStringLiteral("ikemen")
+                                                             : QStringLiteral("mugen")},
                               {QStringLiteral("files"), named},
                               {QStringLiteral("counts"), counts}});
         return Success;
@@ -516,6 +539,7 @@ int projectInfo(const Command &command, const QString &path)
     out() << "Kind: " << projectTypeText(project.type()) << '\n'
           << "Name: " << definitions->name() << '\n'
           << "Engine version: " << versionText(definitions->version()) << '\n'
+          << "Target: " << engineTargetText(definitions->target()) << '\n'
           << "Files:\n";
     for (const QJsonValue &value : std::as_const(named)) {
         const QJsonObject file = value.toObject();
@@ -532,18 +556,46 @@ int projectInfo(const Command &command, const QString &path)
     return Success;
 }
 
-} // namespace
+const QLatin1String mugenTarget("mugen");
 
-bool engineVersion(const Command &command, quint32 *version, quint32 fallback)
+/** The version of --target mugen-X.Y, or a null text. */
+QString targetVersion(const Command &command)
 {
-    if (!command.values.contains(QStringLiteral("--mugen-version"))) {
-        *version = fallback;
-        return true;
-    }
-    const QString text = command.value("--mugen-version");
+    const QString target = command.value("--target");
+    return target.startsWith(mugenTarget + QLatin1Char('-')) ? target.mid(mugenTarget.size() + 1) : QString();
+}
+
+/** A version as the options write it; see engineVersion(). */
+bool readVersion(const QString &text, quint32 *version)
+{
     *version = QSyntaxProperties::packVersion(text);
     static const QRegularExpression dotted(QStringLiteral("^\\d+(\\.\\d+){1,3}$"));
     return *version != 0 || dotted.match(text).hasMatch();
+}
+
+} // namespace
+
+bool engineTarget(const Command &command, int *target, int fallback)
+{
+    if (!command.values.contains(QStringLiteral("--target"))) {
+        *target = fallback;
+        return true;
+    }
+    const QString text = command.value("--target");
+    *target = text == QLatin1String("ikemen") ? TargetIkemen : TargetMugen;
+    quint32 version = 0;
+    return text == QLatin1String("ikemen") || text == mugenTarget || readVersion(targetVersion(command), &version);
+}
+
+bool engineVersion(const Command &command, quint32 *version, quint32 fallback)
+{
+    const QString text = command.values.contains(QStringLiteral("--mugen-version")) ? command.value("--mugen-version")
+                                                                                      : targetVersion(command);
+    if (text.isNull()) {
+        *version = fallback;
+        return true;
+    }
+    return readVersion(text, version);
 }
 
 void registerTextFormats()

@@ -67,6 +67,12 @@ int runInfo(const Command &command)
 
 int runCheck(const Command &command)
 {
+    int target = TargetMugen;
+    if (!engineTarget(command, &target, TargetMugen)) {
+        error(QStringLiteral("check"), QStringLiteral("--target wants mugen, mugen-X.Y or ikemen, not \"%1\"")
+                                           .arg(command.value("--target")));
+        return UsageError;
+    }
     quint32 version = 0;
     if (!engineVersion(command, &version, DefaultEngineVersion)) {
         error(QStringLiteral("check"), QStringLiteral("--mugen-version wants a version such as 1.0 or 1.1, not \"%1\"")
@@ -218,9 +224,11 @@ void registerVerbs()
     registerVerb({QStringLiteral("info"), QStringLiteral("FILE [--kind KIND] [--json]"),
                   QStringLiteral("show what a file holds"), {QStringLiteral("--json")}, {QStringLiteral("--kind")}, 1,
                   1, runInfo});
-    registerVerb({QStringLiteral("check"), QStringLiteral("FILE... [--mugen-version X.Y] [--kind KIND] [--json]"),
+    registerVerb({QStringLiteral("check"),
+                  QStringLiteral("FILE... [--target mugen[-X.Y]|ikemen] [--mugen-version X.Y] [--kind KIND] [--json]"),
                   QStringLiteral("check files; exit status 1 when there is an error"),
-                  {QStringLiteral("--json")}, {QStringLiteral("--mugen-version"), QStringLiteral("--kind")}, 1, -1,
+                  {QStringLiteral("--json")},
+                  {QStringLiteral("--target"), QStringLiteral("--mugen-version"), QStringLiteral("--kind")}, 1, -1,
                   runCheck});
 
     // save takes the options of every format; the format then refuses those

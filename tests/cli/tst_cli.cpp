@@ -62,6 +62,10 @@ private Q_SLOTS:
                                        << QByteArray("--mugen-version needs a value");
         QTest::newRow("not a version") << QStringList{u"check"_s, text, u"--mugen-version"_s, u"new"_s} << 2
                                        << QByteArray("--mugen-version wants a version");
+        QTest::newRow("unknown target") << QStringList{u"check"_s, u"x"_s, u"--target=ikemen-go"_s} << 2
+                                        << QByteArray("--target wants mugen, mugen-X.Y or ikemen, not \"ikemen-go\"");
+        QTest::newRow("target without version") << QStringList{u"check"_s, u"x"_s, u"--target"_s, u"mugen-"_s} << 2
+                                                << QByteArray("--target wants mugen, mugen-X.Y or ikemen");
         QTest::newRow("unsupported file") << QStringList{u"info"_s, text} << 2 << QByteArray("isn't supported");
         QTest::newRow("nothing to check") << QStringList{u"check"_s, configuration} << 2
                                           << QByteArray("a configuration file can't be checked");
@@ -236,8 +240,48 @@ private Q_SLOTS:
         QCOMPARE(fields(array.at(0), "line") + fields(array.at(3), "path"), u"0"_s + m_dir.filePath(u"old.air"_s));
         // A state file alone is checked at 1.1, or at the version given.
         QCOMPARE(run({u"check"_s, cns}).code, 0);
-        QCOMPARE(run({u"check"_s, cns, u"--mugen-version"_s, u"2002.04.14"_s}).out.trimmed(),
-                 cns.toUtf8() + ":3:8: error: Controller invalid for the M.U.G.E.N. version of the current project");
+        const QByteArray tooNew =
+            cns.toUtf8() + ":3:8: error: Controller invalid for the M.U.G.E.N. version of the current project";
+        QCOMPARE(run({u"check"_s, cns, u"--mugen-version"_s, u"2002.04.14"_s}).out.trimmed(), tooNew);
+        // --target mugen-X.Y names the version too; Ikemen GO reads all of 1.1; --mugen-version wins.
+        QCOMPARE(run({u"check"_s, cns, u"--target"_s, u"mugen-2002.04.14"_s}).out.trimmed(), tooNew);
+        QCOMPARE(run({u"check"_s, cns, u"--target=ikemen"_s, u"--mugen-version=2002.04.14"_s}).code, 0);
+        QCOMPARE(run({u"check"_s, cns, u"--target=mugen-2002.04.14"_s, u"--mugen-version=1.0"_s}).code, 0);
+    }
+
+    void checkAndInfoFollowTheTarget()
+    {
+        // A character for Ikemen GO: its DEF names an ikemenversion, and a
+        // state file in Ikemen GO's own language, which isn't checked.
+        QTemporaryDir dir;
+        const QString def = dir.filePath(u"ike.def"_s);
+        QVERIFY(TestSupport::writeFile(def, "[Info]\nname = \"Ike\"\nmugenversion = 1.0\nikemenversion = 1.0\n[Files]\n"
+                                            "st = ike.cns\nst1 = ike.zss\nst2 = gone.zss\n"));
+        const QString cns = dir.filePath(u"ike.cns"_s);
+        QVERIFY(TestSupport::writeFile(cns, "[Statedef 0]\n[State 0, 1]\ntype = RedLifeSet\ntrigger1 = 1\nvalue = 1\n"));
+        QVERIFY(TestSupport::writeFile(dir.filePath(u"ike.zss"_s), "[StateDef 0; type: S;]\nif time = 0 {}\n"));
+        const QByteArray missing = def.toUtf8() + ": error: the file \"gone.zss\" isn't found";
+        const QByteArray ikemenOnly = cns.toUtf8() + ":3:8: warning: RedLifeSet is only valid in Ikemen GO";
+
+        Result result = run({u"check"_s, def});
+        QCOMPARE(result.code, 1);
+        QCOMPARE(result.out.trimmed(), missing);
+        // For M.U.G.E.N., the controller of Ikemen GO is a warning, and ikemenversion too.
+        result = run({u"check"_s, def, u"--target"_s, u"mugen"_s});
+        QCOMPARE(result.out.trimmed().split('\n'),
+                 (QList<QByteArray>{def.toUtf8() + ":4:1: warning: ikemenversion is only valid in Ikemen GO", missing,
+                                    ikemenOnly}));
+        // Alone, a file is checked for M.U.G.E.N. unless the option says otherwise.
+        QCOMPARE(run({u"check"_s, cns}).out.trimmed(), ikemenOnly);
+        result = run({u"check"_s, cns, u"--target=ikemen"_s});
+        QCOMPARE(result.code, 0);
+        QVERIFY2(result.out.isEmpty(), result.out.constData());
+
+        result = run({u"info"_s, def});
+        QVERIFY2(result.out.contains("Engine version: 1.0\nTarget: Ikemen GO\n"), result.out.constData());
+        QVERIFY(result.out.contains("  zss: ike.zss\n  zss: gone.zss (missing)\n"));
+        result = run({u"info"_s, def, u"--json"_s});
+        QCOMPARE(fields(QJsonDocument::fromJson(result.out).object(), "target"), u"ikemen"_s);
     }
 
     void checkFindsWhatFontsAndStoryboardsName_data()

@@ -330,6 +330,93 @@ private Q_SLOTS:
         QCOMPARE(project.addState(QStringLiteral("b.cns"))->version(), 0x1000000u);
     }
 
+    void theDefinitionsTargetReachesTheProject()
+    {
+        QTemporaryDir dir;
+        const QString def = dir.filePath(QStringLiteral("new.def"));
+        const QByteArray info = "[Info]\r\nname = \"New\"\r\nmugenversion = 1.0\r\n";
+        QVERIFY(TestSupport::writeFile(def, info + "ikemenversion = 1.0 ; Ikemen GO\r\n[Files]\r\nst = a.cns\r\n"));
+        QVERIFY(TestSupport::writeFile(dir.filePath(QStringLiteral("a.cns")),
+                                       "[Statedef 0]\r\n[State 0, 1]\r\ntype = RedLifeSet\r\ntrigger1 = 1\r\n"));
+        QProject project(0, false);
+        QVERIFY(project.fromFile(def, 0, false, false));
+        QDefinitions *definitions = project.definitions();
+        QSyntaxTextEditor *state = project.states(0);
+        QVERIFY(state);
+        // The DEF names an ikemenversion: every text of the project is checked for Ikemen GO.
+        QCOMPARE(definitions->definedTarget(), int(TargetIkemen));
+        QCOMPARE(project.engineTarget(), int(TargetIkemen));
+        QCOMPARE(project.commands()->target(), int(TargetIkemen));
+        QCOMPARE(state->target(), int(TargetIkemen));
+        QVERIFY(issuesOf(state->document(), 2).isEmpty());
+
+        // The user's choice holds for the session; the DEF stays as it was.
+        const QString text = definitions->text();
+        definitions->chooseTarget(TargetMugen);
+        QCOMPARE(project.engineTarget(), int(TargetMugen));
+        QCOMPARE(definitions->definedTarget(), int(TargetIkemen));
+        QCOMPARE(definitions->text(), text);
+        QCOMPARE(issuesOf(state->document(), 2).value(0).text, QStringLiteral("RedLifeSet is only valid in Ikemen GO"));
+        QCOMPARE(project.addState(QStringLiteral("b.cns"))->target(), int(TargetMugen));
+        definitions->document()->setPlainText(text + QStringLiteral("[Arcade]\n"));
+        definitions->updateHierarchy();
+        QCOMPARE(project.engineTarget(), int(TargetMugen));
+
+        // Kept in the DEF, the choice removes the line, in one step that undo takes back.
+        definitions->document()->setPlainText(text);
+        definitions->chooseTarget(TargetMugen, true);
+        QCOMPARE(definitions->text(), QString::fromLatin1(info + "[Files]\r\nst = a.cns\r\n").remove(QLatin1Char('\r')));
+        QCOMPARE(definitions->definedTarget(), int(TargetMugen));
+        definitions->document()->undo();
+        QCOMPARE(definitions->text(), text);
+        definitions->chooseTarget(TargetIkemen, true);
+        QCOMPARE(definitions->text(), text);
+        QCOMPARE(state->target(), int(TargetIkemen));
+    }
+
+    void aTargetKeptInTheDefinitionsIsWrittenToItsInfo_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("ikemen");
+        QTest::addColumn<QString>("mugen");
+        // Beside mugenversion, else under [Info], else in an [Info] of its own
+        // at the top; back for M.U.G.E.N., the line goes with the line end it brought.
+        QTest::newRow("after mugenversion") << "[Info]\nname = \"A\"\nmugenversion = 1.1\nauthor = \"B\"\n"
+                                            << "[Info]\nname = \"A\"\nmugenversion = 1.1\nikemenversion = 1.0\nauthor = \"B\"\n"
+                                            << "[Info]\nname = \"A\"\nmugenversion = 1.1\nauthor = \"B\"\n";
+        QTest::newRow("under [Info]") << "; a stage\n[Info]\nname = \"A\"\n[BGDef]\n"
+                                      << "; a stage\n[Info]\nikemenversion = 1.0\nname = \"A\"\n[BGDef]\n"
+                                      << "; a stage\n[Info]\nname = \"A\"\n[BGDef]\n";
+        QTest::newRow("no [Info]") << "[Files]\nst = a.cns" << "[Info]\nikemenversion = 1.0\n[Files]\nst = a.cns"
+                                   << "[Info]\n[Files]\nst = a.cns";
+        QTest::newRow("a localised [Info] is another") << "[ja.Info]\nname = \"A\"\n"
+                                                       << "[Info]\nikemenversion = 1.0\n[ja.Info]\nname = \"A\"\n"
+                                                       << "[Info]\n[ja.Info]\nname = \"A\"\n";
+        QTest::newRow("[Info] named last") << "[Files]\n[Info]\nmugenversion = 1.0"
+                                           << "[Files]\n[Info]\nmugenversion = 1.0\nikemenversion = 1.0"
+                                           << "[Files]\n[Info]\nmugenversion = 1.0";
+        QTest::newRow("a line without a version") << "[Info]\nikemenversion = ; later\nname = \"A\"\n"
+                                                  << "[Info]\nikemenversion = 1.0\nname = \"A\"\n"
+                                                  << "[Info]\nname = \"A\"\n";
+    }
+
+    void aTargetKeptInTheDefinitionsIsWrittenToItsInfo()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, ikemen);
+        QFETCH(QString, mugen);
+        QDefinitions definitions(nullptr);
+        definitions.document()->setPlainText(before);
+        definitions.updateHierarchy();
+        QCOMPARE(definitions.target(), int(TargetMugen));
+        definitions.chooseTarget(TargetIkemen, true);
+        QCOMPARE(definitions.text(), ikemen);
+        QCOMPARE(definitions.target(), int(TargetIkemen));
+        definitions.chooseTarget(TargetMugen, true);
+        QCOMPARE(definitions.text(), mugen);
+        QCOMPARE(definitions.target(), int(TargetMugen));
+    }
+
     void theEnginesOwnFilesHaveNoErrors_data()
     {
         QTest::addColumn<QString>("path");
@@ -369,6 +456,49 @@ private Q_SLOTS:
             }
         }
         QVERIFY2(errors.isEmpty(), qPrintable(errors.join(QLatin1Char('\n'))));
+    }
+
+    void ikemenAdditionsAreToldOnceForMugenOnly()
+    {
+        const QString root = TestSupport::corpusDir();
+        if (root.isEmpty())
+            QSKIP("the corpus isn't there");
+        // Ikemen GO's characters, stages and screenpack, checked for M.U.G.E.N.
+        // 1.1 and for Ikemen GO: a line that uses what only Ikemen GO reads is
+        // warned of once for the one, and holds no error for the other.
+        QStringList problems;
+        int told = 0;
+        for (const char *folder : {"ikemen-go-test-text", "ikemen-screenpack"}) {
+            QDirIterator it(root + QLatin1Char('/') + QLatin1String(folder),
+                            {QStringLiteral("*.cns"), QStringLiteral("*.st"), QStringLiteral("*.cmd"),
+                             QStringLiteral("*.air"), QStringLiteral("*.def")},
+                            QDir::Files, QDirIterator::Subdirectories);
+            while (it.hasNext()) {
+                const QString path = it.next();
+                QSyntaxTextEditor mugen(nullptr, FileStates, false, 0x1010000, true);
+                QSyntaxTextEditor ikemen(nullptr, FileStates, false, 0x1010000, true);
+                ikemen.setTarget(TargetIkemen);
+                QVERIFY(mugen.load(path, 0, true) && ikemen.load(path, 0, true));
+                for (QTextBlock block = mugen.document()->begin(); block.isValid(); block = block.next()) {
+                    const QString where = QStringLiteral("%1:%2").arg(QDir(root).relativeFilePath(path)).arg(block.blockNumber() + 1);
+                    int ikemenOnly = 0;
+                    for (const QSyntaxIssue &issue : issuesOf(mugen.document(), block.blockNumber()))
+                        ikemenOnly += issue.text.endsWith(QLatin1String(" is only valid in Ikemen GO")) ? 1 : 0;
+                    if (ikemenOnly == 0)
+                        continue;
+                    ++told;
+                    if (ikemenOnly > 1)
+                        problems << where + QStringLiteral(": told more than once");
+                    for (const QSyntaxIssue &issue : issuesOf(ikemen.document(), block.blockNumber())) {
+                        if (issue.severity == 0 || issue.text.contains(QLatin1String("Ikemen GO")))
+                            problems << where + QStringLiteral(" for Ikemen GO: ") + issue.text;
+                    }
+                }
+            }
+        }
+        QVERIFY2(problems.isEmpty(), qPrintable(problems.join(QLatin1Char('\n'))));
+        // The stages and screenpack use Ikemen GO's additions on dozens of lines.
+        QVERIFY2(told >= 40, qPrintable(QString::number(told)));
     }
 
     void malformedTextIsReadSafely_data()

@@ -128,6 +128,9 @@ private Q_SLOTS:
         QTest::newRow("empty key pattern still wins")
             << QByteArray("type=\"value\" reg_exp=\"a\" fmt_reg_exp=\"\"") << QString() << 0;
         QTest::newRow("idexp") << QByteArray("type=\"exp\" format=\"idexp\"") << QString() << 1;
+        QTest::newRow("argument words") << QByteArray("type=\"exp3\" arg_reg_exp=\"top|front\"") << QStringLiteral("top|front") << 0;
+        QTest::newRow("argument words of a value") << QByteArray("type=\"value\" reg_exp=\"a\" arg_reg_exp=\"b\"")
+                                                   << QStringLiteral("a") << 0;
         QTest::newRow("format in the wrong case") << QByteArray("type=\"exp\" format=\"IdExp\"") << QString() << 0;
         QTest::newRow("unknown format") << QByteArray("type=\"exp\" format=\"plain\"") << QString() << 0;
     }
@@ -163,7 +166,8 @@ private Q_SLOTS:
             QStringLiteral("playerinfo"), QStringLiteral("bound"), QStringLiteral("scaling"),
             QStringLiteral("stageinfo"), QStringLiteral("shadow"), QStringLiteral("reflection"),
             QStringLiteral("music"), QStringLiteral("bgdef"), QStringLiteral("bg_control_def"),
-            QStringLiteral("fnt"), QStringLiteral("scene_def"), QStringLiteral("scene"),
+            QStringLiteral("fnt"), QStringLiteral("scene_def"), QStringLiteral("scene"), QStringLiteral("info"),
+            QStringLiteral("state_common"),
         };
         QCOMPARE(int(QMugenSyntaxProperties::SectionCount), tags.size());
         for (int s = 0; s < tags.size(); ++s) {
@@ -178,7 +182,7 @@ private Q_SLOTS:
     {
         QMugenSyntaxProperties properties;
         QVERIFY(properties.load(syntaxFile(
-            "<info name=\"name\" type=\"string\"/>\n"
+            "<quotes name=\"victory1\" type=\"string\"/>\n"
             "<State_Controller name=\"Upper\"/>\n"
             "<future_kind name=\"x\"><param name=\"p\" type=\"exp\"/></future_kind>\n"
             "<state_controller name=\"ChangeState\">\n"
@@ -242,7 +246,7 @@ private Q_SLOTS:
             "<bg_control name=\"null\"/>\n<fnt_def name=\"bitmap\"/>\n"
             "<trigger name=\"Kept\" type=\"exp\"/>\n<trigger name=\"Changed\" type=\"exp\"/>\n"
             "<camera name=\"startx\" type=\"int\"/>\n"
-            "<consts name=\"const\"><const name=\"data.life\"/></consts>\n"
+            "<consts name=\"const\"><const name=\"data.life\"/><const name=\"size.depth\" engine=\"ikemen\"/></consts>\n"
             "<consts name=\"stagevar\"><const name=\"info.name\"/></consts>\n")));
         QVERIFY(properties.load(syntaxFile(
             "<state_controller name=\"New\"/>\n"
@@ -259,6 +263,65 @@ private Q_SLOTS:
         QVERIFY(properties.section(QMugenSyntaxProperties::Camera).contains(QStringLiteral("startx")));
         QCOMPARE(properties.consts().value(QStringLiteral("const")), QStringList{QStringLiteral("data.power")});
         QCOMPARE(properties.consts().value(QStringLiteral("stagevar")), QStringList{QStringLiteral("info.name")});
+        // A group read again loses the Ikemen GO names it no longer has.
+        QVERIFY(properties.ikemenConsts().isEmpty());
+    }
+
+    void ikemenAdditionsAreMarked()
+    {
+        QMugenSyntaxProperties properties;
+        QVERIFY(properties.load(syntaxFile(
+            "<state_controller name=\"HitDef\">\n"
+            "  <param name=\"attr\" type=\"value\" reg_exp=\"a\" ikemen_reg_exp=\"a|p\"/>\n"
+            "  <param name=\"score\" type=\"exp\" engine=\"ikemen\"/>\n"
+            "</state_controller>\n"
+            "<state_controller name=\"ModifyHitDef\" engine=\"ikemen\" like=\"hitdef\">\n"
+            "  <param name=\"attr\" type=\"exp\"/>\n"
+            "</state_controller>\n"
+            "<state_controller name=\"Alone\" like=\"Later\"/>\n<state_controller name=\"Later\"/>\n"
+            "<bg_controller name=\"video\" like=\"HitDef\"/>\n"
+            "<trigger name=\"RedLife\" type=\"nilexp\" engine=\"ikemen\"/>\n"
+            "<trigger name=\"Vel\" type=\"value\" reg_exp=\"x\" ikemen_reg_exp=\"x|z\" engine=\"mugen\"/>\n"
+            "<consts name=\"const\"><const name=\"data.life\"/><const name=\"size.depth\" engine=\"ikemen\"/></consts>\n"
+            "<consts name=\"gethitvar\"><const name=\"fall\"/></consts>\n"
+            "<group name=\"Map\" engine=\"ikemen\"/>\n"
+            "<info name=\"ikemenversion\" type=\"float\" engine=\"ikemen\"/>\n"
+            "<state_common name=\"redirectid\" type=\"exp\" engine=\"ikemen\"/>\n")));
+        const QSyntaxController *hitDef = controller(properties.stateControllers(), "HitDef");
+        const QSyntaxController *modify = controller(properties.stateControllers(), "ModifyHitDef");
+        QVERIFY(hitDef && modify);
+        QVERIFY(!hitDef->ikemenOnly);
+        QVERIFY(modify->ikemenOnly);
+        QVERIFY(hitDef->params.value(QStringLiteral("score")).ikemenOnly);
+        QVERIFY(!hitDef->params.value(QStringLiteral("attr")).ikemenOnly);
+        QCOMPARE(hitDef->params.value(QStringLiteral("attr")).extra, QStringLiteral("a"));
+        QCOMPARE(hitDef->params.value(QStringLiteral("attr")).ikemenExtra, QStringLiteral("a|p"));
+        // `like` finds its model as `type =` does; its own parameters win, the rest keep their marks.
+        QCOMPARE(modify->params.keys(), (QStringList{QStringLiteral("attr"), QStringLiteral("score")}));
+        QCOMPARE(modify->params.value(QStringLiteral("attr")).type, int(QSyntaxParam::Exp));
+        QVERIFY(modify->params.value(QStringLiteral("score")).ikemenOnly);
+        // Only a model read before, in the same list.
+        QVERIFY(controller(properties.stateControllers(), "Alone")->params.isEmpty());
+        QVERIFY(properties.bgControllers().at(0)->params.isEmpty());
+
+        QVERIFY(properties.triggers().value(QStringLiteral("RedLife")).ikemenOnly);
+        QVERIFY(!properties.triggers().value(QStringLiteral("Vel")).ikemenOnly);
+        QCOMPARE(properties.triggers().value(QStringLiteral("Vel")).ikemenExtra, QStringLiteral("x|z"));
+        QCOMPARE(properties.consts().value(QStringLiteral("const")), QStringList{QStringLiteral("data.life")});
+        QCOMPARE(properties.ikemenConsts().keys(), QStringList{QStringLiteral("const")});
+        QCOMPARE(properties.ikemenConsts().value(QStringLiteral("const")), QStringList{QStringLiteral("size.depth")});
+        QCOMPARE(properties.groups().keys(), QStringList{QStringLiteral("map")});
+        QVERIFY(properties.groups().value(QStringLiteral("map")).ikemenOnly);
+        QVERIFY(properties.section(QMugenSyntaxProperties::Info).value(QStringLiteral("ikemenversion")).ikemenOnly);
+
+        // Completion offers the target's words only.
+        QCOMPARE(properties.completionNames(TargetMugen),
+                 (QStringList{QStringLiteral("Alone"), QStringLiteral("HitDef"), QStringLiteral("Later"),
+                              QStringLiteral("Vel"), QStringLiteral("video")}));
+        QCOMPARE(properties.completionNames(TargetIkemen),
+                 (QStringList{QStringLiteral("Alone"), QStringLiteral("HitDef"), QStringLiteral("ikemenversion"),
+                              QStringLiteral("Later"), QStringLiteral("ModifyHitDef"), QStringLiteral("redirectid"),
+                              QStringLiteral("RedLife"), QStringLiteral("Vel"), QStringLiteral("video")}));
     }
 
     void failedLoadKeepsEarlierContent_data()

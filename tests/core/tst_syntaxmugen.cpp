@@ -118,7 +118,9 @@ private Q_SLOTS:
             keyTags << QMugenSyntaxProperties::sectionTag(QMugenSyntaxProperties::Section(s));
         const QStringList attributes = {QStringLiteral("name"), QStringLiteral("type"), QStringLiteral("minver"),
                                         QStringLiteral("deprecated"), QStringLiteral("format"), QStringLiteral("max"),
-                                        QStringLiteral("reg_exp"), QStringLiteral("fmt_reg_exp")};
+                                        QStringLiteral("reg_exp"), QStringLiteral("fmt_reg_exp"),
+                                        QStringLiteral("engine"), QStringLiteral("ikemen_reg_exp"),
+                                        QStringLiteral("arg_reg_exp")};
         const QStringList deprecations = {QStringLiteral("1.0"), QStringLiteral("1.1"), QStringLiteral("2002.04.14")};
 
         QStringList problems;
@@ -139,27 +141,52 @@ private Q_SLOTS:
                 problems << where + QStringLiteral(": minver ") + e.attribute(QStringLiteral("minver"));
             if (e.hasAttribute(QStringLiteral("deprecated")) && !deprecations.contains(e.attribute(QStringLiteral("deprecated"))))
                 problems << where + QStringLiteral(": deprecated ") + e.attribute(QStringLiteral("deprecated"));
+            // Ikemen GO's wider values widen a value pattern; argument words go with bracketed arguments.
+            if (e.hasAttribute(QStringLiteral("ikemen_reg_exp")) && !e.hasAttribute(QStringLiteral("reg_exp")))
+                problems << where + QStringLiteral(": ikemen_reg_exp without reg_exp");
+            if (e.hasAttribute(QStringLiteral("arg_reg_exp")) && e.tagName() != QLatin1String("trigger"))
+                problems << where + QStringLiteral(": arg_reg_exp of no trigger");
         };
+        // The only engine named is Ikemen GO; without the mark an item is M.U.G.E.N.'s.
+        auto checkEngine = [&](const QDomElement &e, const QString &where) {
+            if (e.hasAttribute(QStringLiteral("engine")) && e.attribute(QStringLiteral("engine")) != QLatin1String("ikemen"))
+                problems << where + QStringLiteral(": engine ") + e.attribute(QStringLiteral("engine"));
+        };
+        QMap<QString, QStringList> controllersRead;
 
         for (QDomElement e = document.documentElement().firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
             const QString where = e.tagName() + QLatin1Char(' ') + e.attribute(QStringLiteral("name"));
+            checkEngine(e, where);
             if (controllerTags.contains(e.tagName())) {
                 const QDomNamedNodeMap map = e.attributes();
                 for (int i = 0; i < map.count(); ++i) {
                     const QString attribute = map.item(i).nodeName();
                     if (attribute != QLatin1String("name") && attribute != QLatin1String("minver")
-                        && attribute != QLatin1String("deprecated"))
+                        && attribute != QLatin1String("deprecated") && attribute != QLatin1String("engine")
+                        && attribute != QLatin1String("like"))
                         problems << where + QStringLiteral(": attribute ") + attribute;
                 }
+                // A controller is like one read before it in its own list.
+                QStringList &read = controllersRead[e.tagName()];
+                if (e.hasAttribute(QStringLiteral("like")) && !read.contains(e.attribute(QStringLiteral("like"))))
+                    problems << where + QStringLiteral(": like ") + e.attribute(QStringLiteral("like"));
+                read << e.attribute(QStringLiteral("name"));
                 for (QDomElement p = e.firstChildElement(); !p.isNull(); p = p.nextSiblingElement()) {
                     if (p.tagName() != QLatin1String("param"))
                         problems << where + QStringLiteral(": child ") + p.tagName();
                     else
                         checkKey(p, where + QLatin1Char('.') + p.attribute(QStringLiteral("name")));
+                    checkEngine(p, where + QLatin1Char('.') + p.attribute(QStringLiteral("name")));
                 }
             } else if (keyTags.contains(e.tagName())) {
                 checkKey(e, where);
-            } else if (e.tagName() != QLatin1String("consts")) {
+            } else if (e.tagName() == QLatin1String("group")) {
+                if (e.attributes().count() != 2 || !e.hasAttribute(QStringLiteral("engine")))
+                    problems << where + QStringLiteral(": a group has its name and its engine");
+            } else if (e.tagName() == QLatin1String("consts")) {
+                for (QDomElement c = e.firstChildElement(); !c.isNull(); c = c.nextSiblingElement())
+                    checkEngine(c, where + QLatin1Char('.') + c.attribute(QStringLiteral("name")));
+            } else {
                 problems << where + QStringLiteral(": unknown element");
             }
         }
@@ -181,12 +208,20 @@ private Q_SLOTS:
                 if (QSyntaxProperties::typeUsesPattern(p.type) || p.type == QSyntaxParam::IntN)
                     problems << n.where + QStringLiteral(": its grammar needs the place of the key pattern");
             } else if (QSyntaxProperties::typeUsesPattern(p.type)) {
-                const QRegExp value(p.extra);
-                if (p.extra.isEmpty() || !value.isValid())
-                    problems << n.where + QStringLiteral(": value pattern: ") + value.errorString();
-                // Values are lower-cased before they are matched.
-                if (p.extra != p.extra.toLower())
-                    problems << n.where + QStringLiteral(": upper case in ") + p.extra;
+                // Values are lower-cased before they are matched; so are the words of arguments.
+                if (p.extra.isEmpty())
+                    problems << n.where + QStringLiteral(": no value pattern");
+                for (const QString &pattern : {p.extra, p.ikemenExtra}) {
+                    const QRegExp value(pattern);
+                    if (!value.isValid())
+                        problems << n.where + QStringLiteral(": value pattern: ") + value.errorString();
+                    if (pattern != pattern.toLower())
+                        problems << n.where + QStringLiteral(": upper case in ") + pattern;
+                }
+            } else if (!p.extra.isEmpty() && p.type >= QSyntaxParam::Exp && p.type <= QSyntaxParam::Exp3) {
+                const QRegExp words(p.extra);
+                if (!words.isValid() || p.extra != p.extra.toLower())
+                    problems << n.where + QStringLiteral(": argument words ") + p.extra;
             } else if (p.type == QSyntaxParam::IntN && p.extra.toInt() < 1) {
                 problems << n.where + QStringLiteral(": max ") + p.extra;
             }
@@ -334,14 +369,26 @@ private Q_SLOTS:
     void nothingBeyondTheDocuments()
     {
         // 89 controllers in the documents of 1.1, each once; 132 documented
-        // trigger names, and StateTime, which kfm.cmd uses though no document has it.
+        // trigger names, and StateTime, which kfm.cmd uses though no document
+        // has it. Beyond them, only what Ikemen GO adds, marked as such.
         QStringList names;
-        for (const QSyntaxController *c : m_properties.stateControllers())
+        int mugen = 0;
+        for (const QSyntaxController *c : m_properties.stateControllers()) {
             names << c->name.toLower();
+            mugen += c->ikemenOnly ? 0 : 1;
+        }
         names.removeDuplicates();
-        QCOMPARE(names.size(), 89);
-        QCOMPARE(m_properties.stateControllers().size(), 89);
-        QCOMPARE(m_properties.triggers().size(), 133);
+        QCOMPARE(names.size(), m_properties.stateControllers().size());
+        QCOMPARE(mugen, 89);
+        // Ikemen GO's own come after them: the block states of M.U.G.E.N.'s stay.
+        for (int i = 0; i < 89; ++i)
+            QVERIFY2(!m_properties.stateControllers().at(i)->ikemenOnly, qPrintable(names.at(i)));
+        QStringList mugenTriggers;
+        for (auto it = m_properties.triggers().cbegin(); it != m_properties.triggers().cend(); ++it) {
+            if (!it.value().ikemenOnly)
+                mugenTriggers << it.key();
+        }
+        QCOMPARE(mugenTriggers.size(), 133);
         QVERIFY(m_properties.triggers().contains(QStringLiteral("StateTime")));
         QCOMPARE(m_properties.triggers().value(QStringLiteral("TimeMod")).deprecatedText, QStringLiteral("2002.04.14"));
     }
@@ -430,14 +477,20 @@ private Q_SLOTS:
                 out << c->name;
             return out;
         };
+        // And, after them, Ikemen GO's video elements, PalFX and RemapPal.
         QCOMPARE(names(m_properties.bgControllers()),
-                 (QStringList{QStringLiteral("normal"), QStringLiteral("anim"), QStringLiteral("parallax"), QStringLiteral("dummy")}));
+                 (QStringList{QStringLiteral("normal"), QStringLiteral("anim"), QStringLiteral("parallax"), QStringLiteral("dummy"),
+                              QStringLiteral("video")}));
         // Enable as well as the documented Enabled: stages write it.
         QCOMPARE(names(m_properties.bgControls()),
                  (QStringList{QStringLiteral("null"), QStringLiteral("Visible"), QStringLiteral("Enabled"),
                               QStringLiteral("Enable"), QStringLiteral("VelSet"), QStringLiteral("VelAdd"),
                               QStringLiteral("PosSet"), QStringLiteral("PosAdd"), QStringLiteral("Anim"),
-                              QStringLiteral("SinX"), QStringLiteral("SinY")}));
+                              QStringLiteral("SinX"), QStringLiteral("SinY"), QStringLiteral("PalFX"),
+                              QStringLiteral("RemapPal")}));
+        QVERIFY(m_properties.bgControllers().at(4)->ikemenOnly);
+        QVERIFY(!m_properties.bgControls().at(10)->ikemenOnly);
+        QVERIFY(m_properties.bgControls().at(11)->ikemenOnly);
         QCOMPARE(names(m_properties.fontDefs()), (QStringList{QStringLiteral("bitmap"), QStringLiteral("truetype")}));
 
         // Every background controller takes its time and its element IDs.
@@ -505,6 +558,98 @@ private Q_SLOTS:
         const QSyntaxParam p = m_properties.stateControllers().at(index)->params.value(param);
         QVERIFY(QSyntaxProperties::typeUsesPattern(p.type));
         QCOMPARE(QRegExp(p.extra).exactMatch(value), taken);
+    }
+
+    void ikemenAdditions_data()
+    {
+        QTest::addColumn<bool>("controller");
+        // Ikemen GO's own controllers and triggers, from its compiler.
+        const char *const controllers[] = {
+            "AssertCommand", "AssertInput", "Camera", "Dialogue", "DizzyPointsAdd", "DizzyPointsSet", "DizzySet",
+            "GetHitVarSet", "GroundLevelOffset", "GuardBreakSet", "GuardPointsAdd", "GuardPointsSet", "Height",
+            "LifebarAction", "LoadFile", "MapAdd", "MapSet", "MatchRestart", "ModifyBGCtrl", "ModifyBgm",
+            "ModifyHitDef", "ModifyPlayer", "ModifyProjectile", "ModifyReversalDef", "ModifySnd", "ModifyStageVar",
+            "ParentMapAdd", "ParentMapSet", "PlayBgm", "PrintToConsole", "RedLifeAdd", "RedLifeSet", "RemapSprite",
+            "RemoveText", "RootMapAdd", "RootMapSet", "RootVarAdd", "RootVarSet", "RoundTimeAdd", "RoundTimeSet",
+            "SaveFile", "ScoreAdd", "ShadowOffset", "TagIn", "TagOut", "TargetAdd", "TargetDizzyPointsAdd",
+            "TargetGuardPointsAdd", "TargetRedLifeAdd", "TargetScoreAdd", "TeamMapAdd", "TeamMapSet", "Text",
+            "TransformClsn", "Zoom",
+        };
+        for (const char *name : controllers)
+            QTest::newRow(name) << true;
+        const char *const triggers[] = {
+            "AILevelF", "AirJumpCount", "Alpha", "Angle", "AnimFrame", "AnimLength", "AnimPlayerNo", "Atan2",
+            "Attack", "BGMVar", "BotBoundDist", "Clamp", "ClsnOverlap", "ClsnVar", "ComboCount", "ConsecutiveWins",
+            "Const1080p", "Defence", "Deg", "DisplayName", "Dizzy", "DizzyPoints", "DizzyPointsMax", "DrawPalNo",
+            "EnvShakeVar", "ExplodVar", "FightScreenVar", "FightTime", "FirstAttack", "Float", "GameMode",
+            "GameOption", "GroundAngle", "GroundLevel", "GuardBreak", "GuardCount", "GuardPoints", "GuardPointsMax",
+            "HelperID", "HelperIndexExist", "HelperName", "HitDefVar", "HitOverridden", "IkemenVersion",
+            "InCustomAnim", "InCustomState", "Index", "InDialogue", "InputTime", "IntroState", "IsAsserted", "IsHost",
+            "JugglePoints", "LastPlayerID", "LayerNo", "Lerp", "LocalCoord", "Map", "Max", "MemberNo", "Min",
+            "MoveCountered", "MoveHitVar", "MugenVersion", "NumPlayer", "NumText", "Offset", "P5Name", "P6Name",
+            "P7Name", "P8Name", "PalFXVar", "PauseTime", "Physics", "PlayerCount", "PlayerIndexExist", "PlayerNo",
+            "PrevAnim", "PrevMoveType", "PrevStateType", "ProjVar", "Rad", "RandomRange", "RatioLevel",
+            "ReceivedDamage", "ReceivedHits", "RedLife", "ReversalDefAttr", "Round", "RoundType", "RunOrder", "Scale",
+            "Score", "ScoreTotal", "SelfCommand", "SelfStateNoExist", "Sign", "SprPriority", "StageBackEdgeDist",
+            "StageConst", "StageFrontEdgeDist", "StageTime", "Standby", "TeamLeader", "TeamSize", "TimeElapsed",
+            "TimeRemaining", "TimeTotal", "TopBoundDist", "WinHyper", "WinSpecial",
+        };
+        for (const char *name : triggers)
+            QTest::newRow(name) << false;
+    }
+
+    void ikemenAdditions()
+    {
+        QFETCH(bool, controller);
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        if (controller) {
+            const int index = QMugenSyntaxProperties::indexOf(m_properties.stateControllers(), name);
+            QVERIFY2(index >= 0, qPrintable(name));
+            QCOMPARE(m_properties.stateControllers().at(index)->name, name);
+            QVERIFY(m_properties.stateControllers().at(index)->ikemenOnly);
+        } else {
+            QVERIFY2(m_properties.triggers().contains(name), qPrintable(name));
+            QVERIFY(m_properties.triggers().value(name).ikemenOnly);
+        }
+    }
+
+    void ikemenWidensValues_data()
+    {
+        QTest::addColumn<QString>("controller");
+        QTest::addColumn<QString>("param");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<bool>("mugen");
+        QTest::addColumn<bool>("ikemen");
+        // A controller's value as the rest of the line; a trigger's words (no parameter) joined by commas.
+        QTest::newRow("Ikemen GO's flag") << "AssertSpecial" << "flag3" << "noailevel" << false << true;
+        QTest::newRow("M.U.G.E.N.'s flag") << "AssertSpecial" << "flag" << "nobg" << true << true;
+        QTest::newRow("no flag") << "AssertSpecial" << "flag2" << "nothing" << false << false;
+        QTest::newRow("hitflag P") << "HitDef" << "hitflag" << "mafp" << false << true;
+        QTest::newRow("guardflag P") << "ReversalDef" << "guardflag" << "mp" << false << true;
+        QTest::newRow("helper projectile") << "Helper" << "helpertype" << "projectile" << false << true;
+        QTest::newRow("trans alpha") << "Trans" << "trans" << "alpha" << false << true;
+        QTest::newRow("vel z") << "Vel" << QString() << "z" << false << true;
+        QTest::newRow("TeamMode tag") << "TeamMode" << QString() << "tag" << false << true;
+        QTest::newRow("HitDefAttr shorthand") << "HitDefAttr" << QString() << "sca,n" << false << true;
+        QTest::newRow("HitDefAttr malformed") << "HitDefAttr" << QString() << "sc" << false << false;
+    }
+
+    void ikemenWidensValues()
+    {
+        QFETCH(QString, controller);
+        QFETCH(QString, param);
+        QFETCH(QString, value);
+        QFETCH(bool, mugen);
+        QFETCH(bool, ikemen);
+        QSyntaxParam p = m_properties.triggers().value(controller);
+        if (!param.isEmpty()) {
+            const int index = QMugenSyntaxProperties::indexOf(m_properties.stateControllers(), controller);
+            QVERIFY(index >= 0);
+            p = m_properties.stateControllers().at(index)->params.value(param);
+        }
+        QVERIFY(!p.ikemenExtra.isEmpty());
+        QCOMPARE(QRegExp(p.extra).exactMatch(value), mugen);
+        QCOMPARE(QRegExp(p.ikemenExtra).exactMatch(value), ikemen);
     }
 
     void triggerWords_data()

@@ -13,6 +13,9 @@
 //   ; checking off         errors are not reported
 //   ; vocabulary FILE      read the vocabulary from FILE beside the sample
 //   ; vocabulary none      no vocabulary at all
+//   ; target ikemen        check for Ikemen GO (default M.U.G.E.N.)
+//   ; text FILE            check the text of the sample FILE beside it, so
+//                          that one text has a reference for each target
 
 #include "core/base/qcodepages.h"
 #include "core/base/qsyntaxformats.h"
@@ -119,6 +122,9 @@ struct Directives
     bool checking = true;
     /** Empty for the program's vocabulary; "none" for no vocabulary. */
     QString vocabulary;
+    int target = TargetMugen;
+    /** Another sample whose text is checked; empty for this one's. */
+    QString text;
 };
 
 Directives directivesOf(const QString &text)
@@ -134,6 +140,10 @@ Directives directivesOf(const QString &text)
             directives.checking = false;
         else if (directive.startsWith(QLatin1String("vocabulary ")))
             directives.vocabulary = directive.mid(11).trimmed();
+        else if (directive == QLatin1String("target ikemen"))
+            directives.target = TargetIkemen;
+        else if (directive.startsWith(QLatin1String("text ")))
+            directives.text = directive.mid(5).trimmed();
     }
     return directives;
 }
@@ -190,7 +200,10 @@ private Q_SLOTS:
             mugenSyntax = &own;
         }
         QSyntaxTextEditor document(nullptr, FileStates, false, directives.version, directives.checking);
-        QVERIFY(document.load(path, 0, true));
+        document.setTarget(directives.target);
+        const QString textPath =
+            directives.text.isEmpty() ? path : QFileInfo(path).absolutePath() + QLatin1Char('/') + directives.text;
+        QVERIFY(document.load(textPath, 0, true));
         QCOMPARE(document.language(), 1);
 
         const QStringList actual = dump(document.document());

@@ -21,14 +21,17 @@ QProject::QProject(int cacheType, bool cacheCompression, QObject *parent)
     m_animations = new QAnimations(this, m_animationText);
     m_commands = new QCommands(this);
     m_sounds = new QSounds(this, cacheType, cacheCompression, -1);
-    // The DEF names the engine version; every text of the project is checked against it.
-    connect(m_definitions, &QDefinitions::versionChanged, this, [this] {
-        const quint32 version = m_definitions->version();
-        m_commands->setVersion(version);
-        m_animationText->setVersion(version);
-        for (QSyntaxTextEditor *state : std::as_const(m_states))
-            state->setVersion(version);
-    });
+    // The DEF names the engine and its version; every text of the project is checked for them.
+    const auto followDefinitions = [this] {
+        QList<QSyntaxTextEditor *> texts{m_commands, m_animationText};
+        texts += m_states;
+        for (QSyntaxTextEditor *text : std::as_const(texts)) {
+            text->setVersion(m_definitions->version());
+            text->setTarget(m_definitions->target());
+        }
+    };
+    connect(m_definitions, &QDefinitions::versionChanged, this, followDefinitions);
+    connect(m_definitions, &QDefinitions::targetChanged, this, followDefinitions);
 }
 
 QProject::~QProject()
@@ -60,6 +63,11 @@ quint32 QProject::engineVersion() const
     return m_definitions->version();
 }
 
+int QProject::engineTarget() const
+{
+    return m_definitions->target();
+}
+
 QSyntaxTextEditor *QProject::states(int index) const
 {
     return index >= 0 && index < m_states.size() ? m_states.at(index) : nullptr;
@@ -68,6 +76,7 @@ QSyntaxTextEditor *QProject::states(int index) const
 QSyntaxTextEditor *QProject::addState(const QString &title)
 {
     auto *state = new QSyntaxTextEditor(this, FileStates, false, engineVersion(), true);
+    state->setTarget(engineTarget());
     state->document()->setMetaInformation(QTextDocument::DocumentTitle, title);
     state->setFileIndex(int(m_states.size()));
     m_states.append(state);

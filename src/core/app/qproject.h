@@ -104,6 +104,7 @@ public:
     // QProjectOwner
     int projectType() const override { return type(); }
     quint32 engineVersion() const override;
+    int engineTarget() const override;
     QMessageList *messageList() override { return &m_messages; }
     void documentChanged(QProjectFile *document) override;
 

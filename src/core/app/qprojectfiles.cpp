@@ -10,6 +10,7 @@
 #include "../sprites/qsprites.h"
 #include "../text/qcommands.h"
 #include "../text/qdefinitions.h"
+#include "../text/qsyntaxprocessor.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -181,8 +182,15 @@ bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool
             continue;
         copies.copy(path);
         auto *state = new QSyntaxTextEditor(this, FileStates, false, m_definitions->version(), true);
+        state->setTarget(m_definitions->target());
         state->setFileIndex(int(m_states.size()));
         state->load(path, codepage, keepName);
+        // Ikemen GO's states in its own script language are kept and shown,
+        // not read as engine text.
+        if (path.endsWith(QLatin1String(".zss"), Qt::CaseInsensitive)) {
+            state->setLanguage(QSyntaxProcessor::NullKind);
+            state->updateHierarchy();
+        }
         m_states.append(state);
         Q_EMIT progress(position++, total, allow);
         if (!allow)

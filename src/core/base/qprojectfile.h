@@ -24,6 +24,11 @@ public:
     virtual int projectType() const = 0;
     /** The engine version the project targets, packed one byte per part (1.1 is 0x1010000). */
     virtual quint32 engineVersion() const = 0;
+    /**
+     * The engine the project is made for, a QEngineTarget value. An owner
+     * that doesn't tell makes M.U.G.E.N. content.
+     */
+    virtual int engineTarget() const { return TargetMugen; }
     /** The list that joins the check messages of all documents of the project. */
     virtual QMessageList *messageList() = 0;
     /** A document tells its project that it changed (modified state, content, name). */

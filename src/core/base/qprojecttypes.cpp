@@ -27,3 +27,9 @@ QString projectFileFilter(QProjectFileType file)
     }
     return QString();
 }
+
+QString engineTargetText(int target)
+{
+    // The engines' own names, not translated.
+    return target == TargetIkemen ? QStringLiteral("Ikemen GO") : QStringLiteral("M.U.G.E.N.");
+}

@@ -32,3 +32,16 @@ QString projectFileFilter(QProjectFileType file);
 
 /** The default engine version: 1.1.0.0, one byte per part, highest part first. */
 constexpr quint32 DefaultEngineVersion = 0x1010000;
+
+/**
+ * The engine a project is made for. Ikemen GO runs M.U.G.E.N. content and
+ * adds to it: checked for Ikemen GO, all that M.U.G.E.N. 1.1 reads is valid,
+ * and Ikemen GO's additions too.
+ */
+enum QEngineTarget {
+    TargetMugen = 0,
+    TargetIkemen = 1
+};
+
+/** "M.U.G.E.N." or "Ikemen GO". */
+QString engineTargetText(int target);

@@ -5,6 +5,8 @@
 
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QTextBlock>
+#include <QTextCursor>
 #include <QTextDocument>
 
 QDefinitions::QDefinitions(QProjectOwner *project)
@@ -93,7 +95,108 @@ void QDefinitions::hierarchyChanged()
         setVersion(version);
         Q_EMIT versionChanged();
     }
+    // Content made for Ikemen GO says so with the version of Ikemen GO it needs.
+    m_definedTarget = tree->findValue(QStringLiteral("ikemenversion"), QStringLiteral("info")).trimmed().isEmpty()
+        ? TargetMugen
+        : TargetIkemen;
+    applyTarget();
     Q_EMIT nameChanged(name());
+}
+
+void QDefinitions::applyTarget()
+{
+    const int target = m_chosenTarget >= 0 ? m_chosenTarget : m_definedTarget;
+    if (target == this->target())
+        return;
+    setTarget(target);
+    Q_EMIT targetChanged();
+}
+
+void QDefinitions::chooseTarget(int target, bool inDefinitions)
+{
+    if (!inDefinitions) {
+        m_chosenTarget = target;
+        applyTarget();
+        return;
+    }
+    writeTarget(target);
+    m_chosenTarget = -1;
+    updateHierarchy();
+}
+
+namespace {
+
+/** The key of a line "key = value ; comment", lower-cased; empty for any other line. */
+QString keyOf(const QString &line)
+{
+    const QString code = line.section(QLatin1Char(';'), 0, 0);
+    const int equal = int(code.indexOf(QLatin1Char('=')));
+    return equal < 0 ? QString() : code.left(equal).trimmed().toLower();
+}
+
+/** The name of a header line "[Name]", lower-cased; a null text for any other line. */
+QString headerOf(const QString &line)
+{
+    const QString code = line.section(QLatin1Char(';'), 0, 0).trimmed();
+    if (!code.startsWith(QLatin1Char('[')))
+        return QString();
+    return code.mid(1).section(QLatin1Char(']'), 0, 0).trimmed().toLower();
+}
+
+} // namespace
+
+void QDefinitions::writeTarget(int target)
+{
+    const QString key = QStringLiteral("ikemenversion");
+    QTextBlock info;
+    QTextBlock mugenVersion;
+    QList<QTextBlock> lines;
+    bool named = false;
+    bool inInfo = false;
+    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+        const QString header = headerOf(block.text());
+        if (!header.isNull()) {
+            inInfo = header == QLatin1String("info");
+            if (inInfo && !info.isValid())
+                info = block;
+        } else if (inInfo && keyOf(block.text()) == key) {
+            lines.append(block);
+            named = named || !block.text().section(QLatin1Char(';'), 0, 0).section(QLatin1Char('='), 1).trimmed().isEmpty();
+        } else if (inInfo && !mugenVersion.isValid() && keyOf(block.text()) == QLatin1String("mugenversion")) {
+            mugenVersion = block;
+        }
+    }
+    if (target == TargetIkemen && named)
+        return;
+
+    // For M.U.G.E.N. every line goes; for Ikemen GO, lines without a version
+    // make way for one that has it.
+    QTextCursor cursor(document());
+    cursor.beginEditBlock();
+    for (int i = int(lines.size()) - 1; i >= 0; --i) {
+        const QTextBlock &line = lines.at(i);
+        if (line.next().isValid()) {
+            cursor.setPosition(line.position());
+            cursor.setPosition(line.next().position(), QTextCursor::KeepAnchor);
+        } else {
+            // The last line takes the line end before it along.
+            cursor.setPosition(qMax(0, line.position() - 1));
+            cursor.setPosition(line.position() + line.length() - 1, QTextCursor::KeepAnchor);
+        }
+        cursor.removeSelectedText();
+    }
+    if (target == TargetIkemen) {
+        // Beside mugenversion, where a reader looks for the engine.
+        const QTextBlock after = mugenVersion.isValid() ? mugenVersion : info;
+        if (after.isValid()) {
+            cursor.setPosition(after.position() + after.length() - 1);
+            cursor.insertText(QLatin1Char('\n') + key + QStringLiteral(" = 1.0"));
+        } else {
+            cursor.setPosition(0);
+            cursor.insertText(QStringLiteral("[Info]\n") + key + QStringLiteral(" = 1.0\n"));
+        }
+    }
+    cursor.endEditBlock();
 }
 
 namespace {

@@ -39,6 +39,16 @@ public:
     QString directory() const { return m_directory; }
     /** The project's coordinate space, width and height. */
     QSize localcoord() const { return m_localcoord; }
+    /** The engine the DEF names: Ikemen GO when its [Info] has an ikemenversion. */
+    int definedTarget() const { return m_definedTarget; }
+    /**
+     * The user's choice of engine for the project, a QEngineTarget value,
+     * which target() then gives. It holds for as long as the document
+     * lives, whatever the DEF says; with `inDefinitions` the DEF says it
+     * instead: its ikemenversion line is written, or removed, in one step
+     * that undo takes back.
+     */
+    void chooseTarget(int target, bool inDefinitions = false);
     /** The project's name, from [Info] or given to a new project. */
     QString name() const;
     void setName(const QString &name);
@@ -56,6 +66,8 @@ public:
 Q_SIGNALS:
     void typeChanged();
     void versionChanged();
+    /** target() changed: the DEF or the user chose another engine. */
+    void targetChanged();
     void nameChanged(const QString &name);
 
 protected:
@@ -64,7 +76,15 @@ protected:
     void hierarchyChanged() override;
 
 private:
+    /** Gives the processor the chosen target, or the DEF's; tells when it changed. */
+    void applyTarget();
+    /** Adds an ikemenversion line to [Info] for Ikemen GO, or removes every one. */
+    void writeTarget(int target);
+
     int m_type = Character;
+    int m_definedTarget = TargetMugen;
+    /** The user's choice, -1 for none. */
+    int m_chosenTarget = -1;
     QSize m_localcoord = QSize(320, 240);
     QString m_directory;
 };

@@ -200,8 +200,8 @@ struct QMugenSyntaxProcessor::KeyIndex
 };
 
 QMugenSyntaxProcessor::QMugenSyntaxProcessor(QTextDocument *document, quint32 version, bool checking,
-                                             const QMugenSyntaxProperties *properties)
-    : QSyntaxProcessor(MugenKind, new QMugenSyntaxHierarchy, properties, version, checking)
+                                             const QMugenSyntaxProperties *properties, int target)
+    : QSyntaxProcessor(MugenKind, new QMugenSyntaxHierarchy, properties, version, checking, target)
 {
     if (properties)
         m_generation = properties->generation();
@@ -320,6 +320,7 @@ void QMugenSyntaxProcessor::highlightBlock(const QString &text)
         m_splitDigits = true;
         m_depth = 0;
         m_abandoned = false;
+        m_toldIkemen = false;
         next();
         if (type() == EndOfLine && !(atOpenString() && previous >= UnknownSection)) {
             // Blanks and comments: the line keeps the section it is in.
@@ -607,6 +608,22 @@ void QMugenSyntaxProcessor::noticeAt(int formatIndex, const QString &text, int s
     addIssue(2, formatIndex, text, start, length);
 }
 
+quint32 QMugenSyntaxProcessor::validVersion() const
+{
+    // Ikemen GO reads all that M.U.G.E.N. 1.1 reads, whatever version the
+    // content names; what is deprecated goes by the content's version still.
+    return target() == TargetIkemen ? qMax(version(), DefaultEngineVersion) : version();
+}
+
+void QMugenSyntaxProcessor::tellIkemenOnly(int start, int length)
+{
+    // Once a line: what an Ikemen GO controller holds was told with its type.
+    if (target() == TargetIkemen || m_toldIkemen)
+        return;
+    m_toldIkemen = true;
+    warningAt(-1, tr("%1 is only valid in Ikemen GO").arg(QString(m_text + start, length)), start, length);
+}
+
 bool QMugenSyntaxProcessor::expect(int type, int formatIndex)
 {
     if (this->type() == type) {
@@ -641,6 +658,7 @@ void QMugenSyntaxProcessor::readHeader()
     const int headerStart = m_tokenStartPos;
     next();
     int state = NoSection;
+    const QSyntaxParam *group = nullptr;
     // Whether anything may stand between the header's words and its "]".
     bool skipToBracket = false;
 
@@ -709,6 +727,15 @@ void QMugenSyntaxProcessor::readHeader()
                 state = backgroundSection(name);
                 skipToBracket = state != NoSection;
             }
+            if (state == NoSection && vocabulary()) {
+                // A section of the content's own names, such as [Map].
+                const auto found = vocabulary()->groups().constFind(bare);
+                if (found != vocabulary()->groups().cend()) {
+                    group = &found.value();
+                    state = UnknownSection;
+                    skipToBracket = true;
+                }
+            }
             if (state != NoSection)
                 next();
         }
@@ -737,6 +764,8 @@ void QMugenSyntaxProcessor::readHeader()
         next();
     }
     applyFormat(QSyntaxFormats::Block, headerStart, headerEnd - headerStart);
+    if (group && group->ikemenOnly)
+        tellIkemenOnly(headerStart, headerEnd - headerStart);
     if (state == NoSection) {
         // Screenpacks have many sections the vocabulary doesn't describe.
         if (!m_screenpack)
@@ -797,9 +826,11 @@ void QMugenSyntaxProcessor::readType(int previous)
         return;
     }
     m_state = first + index;
+    if (controllerOf(m_state)->ikemenOnly)
+        tellIkemenOnly(m_tokenStartPos, m_tokenEnd - m_tokenStartPos);
     if (list == 0) {
         const QSyntaxController *controller = vocabulary()->stateControllers().at(index);
-        if (version() < controller->minVersion)
+        if (validVersion() < controller->minVersion)
             error(-1, tr("Controller invalid for the M.U.G.E.N. version of the current project"));
         else if (!controller->deprecatedText.isEmpty() && controller->deprecatedVersion <= version())
             addIssue(1, -1, tr("State controller deprecated in the M.U.G.E.N %1").arg(controller->deprecatedText),
@@ -878,13 +909,16 @@ void QMugenSyntaxProcessor::readLine(int previous)
         skipRest();
         return;
     }
+    // A controller only Ikemen GO knows was told of on its type line.
+    m_toldIkemen = controller->ikemenOnly;
     if (previous < FirstBgController) {
         if (is("ignorehitpause") || is("persistent") || isTriggerKey())
             readTriggerLine();
         else if (controller->name.compare(QLatin1String("null"), Qt::CaseInsensitive) == 0)
             skipRest();
         else
-            checkParam(controller->params, controller->name);
+            checkParam(controller->params, controller->name,
+                       &vocabulary()->section(QMugenSyntaxProperties::StateCommon));
     } else if (previous > FirstBgControl && previous < FirstFontDef && (is("time") || is("ctrlid"))) {
         if (!readKey())
             return;
@@ -1085,6 +1119,15 @@ void QMugenSyntaxProcessor::readInfo()
     const QString key = type() == Identifier ? word() : QString();
     const bool text = oneOf(key, {"name", "displayname", "author"});
     const bool known = text || oneOf(key, {"localcoord", "versiondate", "pal.defaults", "mugenversion"});
+    // The keys beyond these, of Ikemen GO's characters and stages, are described.
+    const QMugenSyntaxProperties *words = vocabulary();
+    if (!known && words && !key.isEmpty() && !m_screenpack) {
+        const QMap<QString, QSyntaxParam> &described = words->section(QMugenSyntaxProperties::Info);
+        if (matchKey(described, key, nullptr)) {
+            checkParam(described, QStringLiteral("Info"));
+            return;
+        }
+    }
     if (!known && m_screenpack) {
         readFormLine();
         return;
@@ -1270,7 +1313,8 @@ void QMugenSyntaxProcessor::readFormItem()
 
 // --- Parameters and values -------------------------------------------------
 
-void QMugenSyntaxProcessor::checkParam(const QMap<QString, QSyntaxParam> &map, const QString &sectionName)
+void QMugenSyntaxProcessor::checkParam(const QMap<QString, QSyntaxParam> &map, const QString &sectionName,
+                                       const QMap<QString, QSyntaxParam> *common)
 {
     const QString written = tokenText();
     const QString key = type() == Identifier ? word() : QString();
@@ -1281,6 +1325,12 @@ void QMugenSyntaxProcessor::checkParam(const QMap<QString, QSyntaxParam> &map, c
 
     int keyEnd = -1;
     const QSyntaxParam *param = key.isEmpty() ? nullptr : matchKey(map, key, &keyEnd);
+    if (!param && common && !key.isEmpty() && m_issues.size() == issues)
+        param = matchKey(*common, key, &keyEnd);
+    // What Ikemen GO adds to characters and stages isn't a screenpack's:
+    // there, such a key is one the vocabulary doesn't describe.
+    if (param && param->ikemenOnly && m_screenpack)
+        param = nullptr;
     if (!param && m_screenpack && !key.isEmpty()) {
         // A screenpack key the vocabulary doesn't describe: its form is all.
         readFormRest(keyStart);
@@ -1292,12 +1342,14 @@ void QMugenSyntaxProcessor::checkParam(const QMap<QString, QSyntaxParam> &map, c
         skipRest();
         return;
     }
-    if (version() < param->minVersion) {
+    if (validVersion() < param->minVersion) {
         errorAt(-1, tr("Parameter invalid for the M.U.G.E.N. version of the current project"), keyStart, keyLength);
         skipRest();
         return;
     }
     applyFormat(QSyntaxFormats::Keyword, keyStart, keyLength);
+    if (param->ikemenOnly)
+        tellIkemenOnly(keyStart, keyLength);
     // A deprecation of version 0 (one before any packable version, such as
     // "2002.04.14") warns at every version.
     if (!param->deprecatedText.isEmpty() && param->deprecatedVersion <= version())
@@ -1411,7 +1463,7 @@ void QMugenSyntaxProcessor::checkValue(const QSyntaxParam &param)
                 break;
             }
             expect(Comma, -1);
-            readValueWord(param.extra);
+            readValueWord(param);
         }
         break;
     case QSyntaxParam::Exp3:
@@ -1471,13 +1523,13 @@ void QMugenSyntaxProcessor::checkValue(const QSyntaxParam &param)
     case QSyntaxParam::ExpStr:
         expression();
         expect(Comma, -1);
-        readValueWord(param.extra);
+        readValueWord(param);
         break;
     case QSyntaxParam::ExpStrExp2:
         // Nothing is read: what stands there ends in the syntax error of the line.
         break;
     case QSyntaxParam::Value:
-        readRestAsValue(param.extra);
+        readRestAsValue(param);
         break;
     default:
         skipRest();
@@ -1540,9 +1592,22 @@ bool QMugenSyntaxProcessor::readSigned(bool integerOnly)
     return expect(integerOnly ? Integer : Float, -1);
 }
 
-void QMugenSyntaxProcessor::readValueWord(const QString &pattern)
+bool QMugenSyntaxProcessor::matchesValue(const QSyntaxParam &param, const QString &value, int start, int length)
 {
-    if (type() == Identifier && valuePattern(pattern).exactMatch(word()))
+    // Where Ikemen GO reads more words, its pattern decides for it, and
+    // tells M.U.G.E.N. of those words.
+    const bool wider = !param.ikemenExtra.isEmpty();
+    if (valuePattern(wider && target() == TargetIkemen ? param.ikemenExtra : param.extra).exactMatch(value))
+        return true;
+    if (!wider || target() == TargetIkemen || !valuePattern(param.ikemenExtra).exactMatch(value))
+        return false;
+    tellIkemenOnly(start, length);
+    return true;
+}
+
+void QMugenSyntaxProcessor::readValueWord(const QSyntaxParam &param)
+{
+    if (type() == Identifier && matchesValue(param, word(), m_tokenStartPos, m_tokenEnd - m_tokenStartPos))
         formatToken(QSyntaxFormats::Value);
     else
         error(-1, tr("Unknown parameter value '%1'").arg(tokenText()));
@@ -1550,13 +1615,13 @@ void QMugenSyntaxProcessor::readValueWord(const QString &pattern)
         next();
 }
 
-void QMugenSyntaxProcessor::readRestAsValue(const QString &pattern)
+void QMugenSyntaxProcessor::readRestAsValue(const QSyntaxParam &param)
 {
     const int from = m_tokenStartPos;
     skipRest();
     const int to = qMax(from, m_lastEnd);
     const QString value(m_text + from, to - from);
-    if (valuePattern(pattern).exactMatch(value.toLower()))
+    if (matchesValue(param, value.toLower(), from, to - from))
         applyFormat(QSyntaxFormats::Value, from, to - from);
     else
         errorAt(-1, tr("Unknown parameter value '%1'").arg(value), from, to - from);
@@ -1737,21 +1802,21 @@ void QMugenSyntaxProcessor::primary()
 void QMugenSyntaxProcessor::identifierPrimary()
 {
     const QString name = word();
-    if (oneOf(name, {"root", "parent", "partner"})) {
+    // The redirections. Ikemen GO adds its own, and a number to partner.
+    const bool ikemenOnly = oneOf(name, {"player", "playerindex", "helperindex", "p2", "stateowner"});
+    const bool alone = oneOf(name, {"root", "parent", "partner", "p2", "stateowner"});
+    if (alone || ikemenOnly || oneOf(name, {"enemy", "enemynear", "playerid", "helper", "target"})) {
+        const int start = m_tokenStartPos;
         formatToken(QSyntaxFormats::Trigger);
         next();
-        expect(Comma, -1);
-        primary();
-        return;
-    }
-    if (oneOf(name, {"enemy", "enemynear", "playerid", "helper", "target"})) {
-        formatToken(QSyntaxFormats::Trigger);
-        next();
-        if (type() == OpenParen) {
+        const bool numbered = name == QLatin1String("partner") && type() == OpenParen;
+        if (type() == OpenParen && (!alone || numbered)) {
             next();
             logical();
             expect(CloseParen, -1);
         }
+        if (ikemenOnly || numbered)
+            tellIkemenOnly(start, m_lastEnd - start);
         expect(Comma, -1);
         primary();
         return;
@@ -1771,10 +1836,12 @@ void QMugenSyntaxProcessor::identifierPrimary()
             skipArguments();
         return;
     }
-    if (version() < trigger->minVersion) {
+    if (validVersion() < trigger->minVersion) {
         errorAt(-1, tr("Trigger invalid for the M.U.G.E.N. version of the current project"), wordStart, wordLength);
     } else {
         applyFormat(QSyntaxFormats::Trigger, wordStart, wordLength);
+        if (trigger->ikemenOnly)
+            tellIkemenOnly(wordStart, wordLength);
         if (!trigger->deprecatedText.isEmpty() && trigger->deprecatedVersion <= version())
             warningAt(-1, tr("Trigger deprecated in the M.U.G.E.N %1").arg(trigger->deprecatedText), wordStart,
                       wordLength);
@@ -1782,18 +1849,18 @@ void QMugenSyntaxProcessor::identifierPrimary()
     checkTrigger(*trigger, name);
 }
 
-int QMugenSyntaxProcessor::skipArguments()
+int QMugenSyntaxProcessor::skipArguments(const QString &words)
 {
     if (type() != OpenParen)
         return -1;
     next();
     int count = 0;
     if (type() != CloseParen) {
-        logical();
+        argument(words);
         ++count;
         while (type() == Comma) {
             next();
-            logical();
+            argument(words);
             ++count;
         }
     }
@@ -1801,11 +1868,32 @@ int QMugenSyntaxProcessor::skipArguments()
     return count;
 }
 
-void QMugenSyntaxProcessor::readArguments(int count)
+void QMugenSyntaxProcessor::argument(const QString &words)
+{
+    if (!words.isEmpty() && type() == Identifier) {
+        // One of the trigger's words, which may be several: "pos x".
+        const Mark before = mark();
+        const int from = m_tokenStartPos;
+        QString joined = word();
+        next();
+        while (type() == Identifier) {
+            joined += QLatin1Char(' ') + word();
+            next();
+        }
+        if ((type() == Comma || type() == CloseParen) && valuePattern(words).exactMatch(joined)) {
+            applyFormat(QSyntaxFormats::Value, from, m_lastEnd - from);
+            return;
+        }
+        restore(before);
+    }
+    logical();
+}
+
+void QMugenSyntaxProcessor::readArguments(int count, const QString &words)
 {
     const int from = m_tokenStartPos;
     const int issues = int(m_issues.size());
-    const int found = skipArguments();
+    const int found = skipArguments(words);
     // A list that is already told of for its form isn't counted as well.
     if (found != count && m_issues.size() == issues)
         errorAt(-1, tr("This trigger requires %n argument(s)", nullptr, count), from, m_lastEnd - from);
@@ -1838,7 +1926,8 @@ void QMugenSyntaxProcessor::checkTrigger(const QSyntaxParam &trigger, const QStr
             expect(OpenParen, -1);
             return;
         }
-        readArguments(trigger.type == QSyntaxParam::Exp ? 1 : trigger.type == QSyntaxParam::Exp2 ? 2 : 3);
+        readArguments(trigger.type == QSyntaxParam::Exp ? 1 : trigger.type == QSyntaxParam::Exp2 ? 2 : 3,
+                      trigger.extra);
         break;
     case QSyntaxParam::NilExp:
     case QSyntaxParam::ExpOpt:
@@ -1878,15 +1967,25 @@ void QMugenSyntaxProcessor::checkTrigger(const QSyntaxParam &trigger, const QStr
         break;
     case QSyntaxParam::Const: {
         const QMugenSyntaxProperties *words = vocabulary();
-        const auto names = words->consts().constFind(word);
-        if (names == words->consts().cend())
+        static const QStringList none;
+        const QStringList names = words->consts().value(word, none);
+        const QStringList ikemenNames = words->ikemenConsts().value(word, none);
+        if (names.isEmpty() && ikemenNames.isEmpty())
             break;
         if (!expect(OpenParen, -1))
             break;
-        if (type() == Identifier && names.value().contains(this->word()))
+        const QString name = type() == Identifier ? this->word() : QString();
+        if (type() == Identifier && names.contains(name)) {
             formatToken(QSyntaxFormats::Const);
-        else
+        } else if (type() == Identifier && ikemenNames.contains(name)) {
+            formatToken(QSyntaxFormats::Const);
+            tellIkemenOnly(m_tokenStartPos, m_tokenEnd - m_tokenStartPos);
+        } else if (type() == Identifier && target() == TargetIkemen && ikemenNames.contains(QLatin1String("*"))) {
+            // A constant of the character's own [Constants].
+            formatToken(QSyntaxFormats::Const);
+        } else {
             error(-1, tr("Unknown constant '%1'").arg(tokenText()));
+        }
         if (type() != EndOfLine && type() != CloseParen)
             next();
         expect(CloseParen, -1);
@@ -1929,7 +2028,7 @@ void QMugenSyntaxProcessor::readTriggerWords(const QSyntaxParam &trigger)
     next();
     // A list of words such as "SC, NA, SA": as long as what follows a comma
     // is a word and no trigger, it belongs to the value.
-    if (trigger.extra.contains(QLatin1Char(','))) {
+    if (trigger.extra.contains(QLatin1Char(',')) || trigger.ikemenExtra.contains(QLatin1Char(','))) {
         while (type() == Comma) {
             const Mark before = mark();
             next();
@@ -1942,7 +2041,7 @@ void QMugenSyntaxProcessor::readTriggerWords(const QSyntaxParam &trigger)
             next();
         }
     }
-    if (valuePattern(trigger.extra).exactMatch(joined))
+    if (matchesValue(trigger, joined, from, to - from))
         applyFormat(QSyntaxFormats::Value, from, to - from);
     else
         errorAt(-1, tr("Unknown value"), from, to - from);

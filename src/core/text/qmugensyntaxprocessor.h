@@ -108,10 +108,12 @@ public:
 
     /**
      * Attaches to `document` (may be null) and checks all of it at once at
-     * `version`. `properties` is not owned; null means no vocabulary.
+     * `version`, for the engine `target`. `properties` is not owned; null
+     * means no vocabulary.
      */
     explicit QMugenSyntaxProcessor(QTextDocument *document, quint32 version = DefaultEngineVersion,
-                                   bool checking = true, const QMugenSyntaxProperties *properties = mugenSyntax);
+                                   bool checking = true, const QMugenSyntaxProperties *properties = mugenSyntax,
+                                   int target = TargetMugen);
     ~QMugenSyntaxProcessor() override;
 
     void rehighlightAll() override;
@@ -161,6 +163,17 @@ protected:
      * parameter requires %n value(s)" covers it to the end of the line.
      */
     void valueWants(int count);
+    /**
+     * The text from `start` is what only Ikemen GO reads: for M.U.G.E.N.
+     * the warning "... is only valid in Ikemen GO" covers it, once a line.
+     */
+    void tellIkemenOnly(int start, int length);
+    /**
+     * The newest engine version whose items of M.U.G.E.N. are valid: the
+     * processor's version, and for Ikemen GO at least 1.1, all of which it
+     * reads. Deprecations go by version() for both.
+     */
+    quint32 validVersion() const;
 
 private Q_SLOTS:
     /** After an edit: brings the fold levels of the lines around it up to date. */
@@ -230,7 +243,9 @@ private:
     void readFormItem();
 
     // Parameters and values.
-    void checkParam(const QMap<QString, QSyntaxParam> &map, const QString &sectionName);
+    /** `common` holds the keys that every section of its kind takes besides its own. */
+    void checkParam(const QMap<QString, QSyntaxParam> &map, const QString &sectionName,
+                    const QMap<QString, QSyntaxParam> *common = nullptr);
     const QSyntaxParam *matchKey(const QMap<QString, QSyntaxParam> &map, const QString &word, int *keyEnd);
     void checkValue(const QSyntaxParam &param);
     /** `count` items separated by commas; a line that ends first wants `wanted` values. */
@@ -244,8 +259,14 @@ private:
     /** An integer, with an optional "+" or "-". */
     bool readInteger();
     bool readSigned(bool integerOnly);
-    void readValueWord(const QString &pattern);
-    void readRestAsValue(const QString &pattern);
+    /**
+     * Whether `value`, lower-cased, is a word the target reads; the words
+     * only Ikemen GO reads are told of for M.U.G.E.N. The value stands at
+     * `start` in the line.
+     */
+    bool matchesValue(const QSyntaxParam &param, const QString &value, int start, int length);
+    void readValueWord(const QSyntaxParam &param);
+    void readRestAsValue(const QSyntaxParam &param);
 
     // Expressions, from the loosest binding to the tightest.
     void expression();
@@ -262,11 +283,13 @@ private:
     void identifierPrimary();
     /**
      * The arguments of a function in brackets, if a "(" is next: how many
-     * there were, or -1 without brackets.
+     * there were, or -1 without brackets. An argument may be one of the
+     * `words` (a pattern) instead of an expression.
      */
-    int skipArguments();
+    int skipArguments(const QString &words = QString());
+    void argument(const QString &words);
     /** The bracketed arguments of a function trigger, which must be `count`. */
-    void readArguments(int count);
+    void readArguments(int count, const QString &words = QString());
     void checkTrigger(const QSyntaxParam &trigger, const QString &word);
     bool relationalOperator();
     void signedInteger();
@@ -304,6 +327,8 @@ private:
     static constexpr int MaxDepth = 100;
     /** Set when the line was given up for its depth: nothing more is told of it. */
     bool m_abandoned = false;
+    /** Set once the line told of something only Ikemen GO reads, or belongs to such a controller. */
+    bool m_toldIkemen = false;
     int m_valueStart = 0;
     int m_valueIssues = 0;
     QVector<QSyntaxIssue> m_issues;

@@ -13,7 +13,7 @@ namespace {
 const char *const SectionTags[] = {
     "files", "arcade", "data", "size", "velocity", "movement", "camera",
     "playerinfo", "bound", "scaling", "stageinfo", "shadow", "reflection",
-    "music", "bgdef", "bg_control_def", "fnt", "scene_def", "scene",
+    "music", "bgdef", "bg_control_def", "fnt", "scene_def", "scene", "info", "state_common",
 };
 static_assert(sizeof(SectionTags) / sizeof(SectionTags[0]) == QMugenSyntaxProperties::SectionCount,
               "one tag for every section");
@@ -57,29 +57,46 @@ bool QMugenSyntaxProperties::load(const QString &fileName)
     // A group read in this pass replaces the one of an earlier load; two
     // groups of one name in the same file add up.
     QSet<QString> constsRead;
+    // A controller `like` another starts with the parameters of the one of
+    // that name read before it in its list; its own replace them.
+    const auto append = [](QList<QSyntaxController *> &list, const QDomElement &e) {
+        QSyntaxController *controller = readController(e);
+        const int model = indexOf(list, e.attribute(QStringLiteral("like")));
+        if (model >= 0) {
+            QMap<QString, QSyntaxParam> params = list.at(model)->params;
+            for (auto it = controller->params.cbegin(); it != controller->params.cend(); ++it)
+                params.insert(it.key(), it.value());
+            controller->params = params;
+        }
+        list.append(controller);
+    };
     const QDomElement root = document.documentElement();
     for (QDomElement e = root.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
         const QString tag = e.tagName();
         const QString name = e.attribute(QStringLiteral("name"));
         if (tag == QLatin1String("consts")) {
             QStringList &names = m_consts[name];
+            QStringList &ikemenNames = m_ikemenConsts[name];
             if (!constsRead.contains(name)) {
                 names.clear();
+                ikemenNames.clear();
                 constsRead.insert(name);
             }
             for (QDomElement c = e.firstChildElement(QStringLiteral("const")); !c.isNull();
                  c = c.nextSiblingElement(QStringLiteral("const")))
-                names.append(c.attribute(QStringLiteral("name")));
+                (isIkemenOnly(c) ? ikemenNames : names).append(c.attribute(QStringLiteral("name")));
         } else if (tag == QLatin1String("state_controller")) {
-            m_stateControllers.append(readController(e));
+            append(m_stateControllers, e);
         } else if (tag == QLatin1String("bg_controller")) {
-            m_bgControllers.append(readController(e));
+            append(m_bgControllers, e);
         } else if (tag == QLatin1String("bg_control")) {
-            m_bgControls.append(readController(e));
+            append(m_bgControls, e);
         } else if (tag == QLatin1String("fnt_def")) {
-            m_fontDefs.append(readController(e));
+            append(m_fontDefs, e);
         } else if (tag == QLatin1String("trigger")) {
             m_triggers.insert(name, readParam(e));
+        } else if (tag == QLatin1String("group")) {
+            m_groups.insert(name.toLower(), readParam(e));
         } else {
             // Any other element reads as a parameter; only section tags keep it,
             // so a newer file's additions are skipped without harm.
@@ -89,6 +106,7 @@ bool QMugenSyntaxProperties::load(const QString &fileName)
                 m_sections[section].insert(name, param);
         }
     }
+    m_ikemenConsts.removeIf([](const QMap<QString, QStringList>::iterator &it) { return it.value().isEmpty(); });
     return true;
 }
 
@@ -116,17 +134,26 @@ int QMugenSyntaxProperties::indexOf(const QList<QSyntaxController *> &list, cons
     return -1;
 }
 
-QStringList QMugenSyntaxProperties::completionNames() const
+QStringList QMugenSyntaxProperties::completionNames(int target) const
 {
+    const bool ikemen = target == TargetIkemen;
     QStringList names;
     for (const QList<QSyntaxController *> *list :
          {&m_stateControllers, &m_bgControllers, &m_bgControls, &m_fontDefs}) {
-        for (const QSyntaxController *controller : *list)
-            names.append(controller->name);
+        for (const QSyntaxController *controller : *list) {
+            if (ikemen || !controller->ikemenOnly)
+                names.append(controller->name);
+        }
     }
-    names += m_triggers.keys();
+    const auto addKeys = [&names, ikemen](const QMap<QString, QSyntaxParam> &keys) {
+        for (auto it = keys.cbegin(); it != keys.cend(); ++it) {
+            if (ikemen || !it.value().ikemenOnly)
+                names.append(it.key());
+        }
+    };
+    addKeys(m_triggers);
     for (const QMap<QString, QSyntaxParam> &keys : m_sections)
-        names += keys.keys();
+        addKeys(keys);
 
     // The completer matches without regard to case, so "Anim" the trigger
     // and "anim" the key are one word; the first spelling met stays.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "../base/qprojecttypes.h"
 #include "qsyntaxproperties.h"
 
 #include <QList>
@@ -42,6 +43,8 @@ public:
         Fnt,          ///< `<fnt>`: font [FNT v2]
         SceneDef,     ///< `<scene_def>`: storyboard [SceneDef]
         Scene,        ///< `<scene>`: storyboard [Scene n]
+        Info,         ///< `<info>`: [Info] keys beyond those the checker knows itself
+        StateCommon,  ///< `<state_common>`: parameters every state controller takes
         SectionCount
     };
 
@@ -71,6 +74,18 @@ public:
      * trigger's argument may be, in file order.
      */
     const QMap<QString, QStringList> &consts() const { return m_consts; }
+    /**
+     * The names of a group that only Ikemen GO takes (`<const engine="ikemen">`),
+     * apart from consts(). The name "*" stands for any name: Ikemen GO reads
+     * Const() of a name it doesn't know from the character's [Constants].
+     */
+    const QMap<QString, QStringList> &ikemenConsts() const { return m_ikemenConsts; }
+    /**
+     * The sections of names that the content chooses itself, such as [Map]
+     * (`<group>`), lower-cased, to their description (its version and
+     * engine). Their lines are read for their form.
+     */
+    const QMap<QString, QSyntaxParam> &groups() const { return m_groups; }
 
     /**
      * The index in `list` of the controller called `name`, compared without
@@ -79,11 +94,12 @@ public:
     static int indexOf(const QList<QSyntaxController *> &list, const QString &name);
 
     /**
-     * The words to offer for completion: the names of every controller list,
-     * the triggers and the keys of every section, sorted without regard to
-     * case, each once.
+     * The words to offer for completion of text made for `target` (a
+     * QEngineTarget value): the names of every controller list, the triggers
+     * and the keys of every section, sorted without regard to case, each
+     * once. What only Ikemen GO reads is offered for Ikemen GO alone.
      */
-    QStringList completionNames() const;
+    QStringList completionNames(int target = TargetMugen) const;
 
 private:
     void clearLists();
@@ -95,6 +111,8 @@ private:
     QMap<QString, QSyntaxParam> m_sections[SectionCount];
     QMap<QString, QSyntaxParam> m_triggers;
     QMap<QString, QStringList> m_consts;
+    QMap<QString, QStringList> m_ikemenConsts;
+    QMap<QString, QSyntaxParam> m_groups;
 };
 
 /**

@@ -8,13 +8,14 @@
 #include <QTextDocument>
 
 QSyntaxProcessor::QSyntaxProcessor(int kind, QSyntaxHierarchy *hierarchy, const QSyntaxProperties *properties,
-                                   quint32 version, bool checking)
+                                   quint32 version, bool checking, int target)
     : QSyntaxHighlighter(static_cast<QObject *>(nullptr))
     , m_hierarchy(hierarchy)
     , m_syntaxKind(kind)
     , m_properties(properties)
     , m_version(version)
     , m_checking(checking)
+    , m_target(target)
 {
 }
 
@@ -46,6 +47,14 @@ void QSyntaxProcessor::setVersion(quint32 version)
     if (version == m_version)
         return;
     m_version = version;
+    rehighlightAll();
+}
+
+void QSyntaxProcessor::setTarget(int target)
+{
+    if (target == m_target)
+        return;
+    m_target = target;
     rehighlightAll();
 }
 

@@ -41,6 +41,13 @@ public:
     quint32 version() const { return m_version; }
     /** Stores the version and, when it changed, checks everything again. */
     void setVersion(quint32 version);
+    /**
+     * The engine the text is made for, a QEngineTarget value: what only
+     * Ikemen GO reads is correct for it, and told of for M.U.G.E.N.
+     */
+    int target() const { return m_target; }
+    /** Stores the target and, when it changed, checks everything again. */
+    void setTarget(int target);
     /** Whether errors are reported; colours, warnings and notices come either way. */
     bool isChecking() const { return m_checking; }
     /** Switches error reporting and, when it changed, checks everything again. */
@@ -53,7 +60,7 @@ protected:
      * highlightBlock() can run.
      */
     QSyntaxProcessor(int kind, QSyntaxHierarchy *hierarchy, const QSyntaxProperties *properties,
-                     quint32 version, bool checking);
+                     quint32 version, bool checking, int target = TargetMugen);
 
     /** Installs on `document` (may be null) and highlights all of it at once. */
     void attach(QTextDocument *document);
@@ -65,6 +72,7 @@ private:
     const QSyntaxProperties *m_properties;
     quint32 m_version;
     bool m_checking;
+    int m_target;
 };
 
 /** The processor of text without a language: no colours, no diagnostics, an empty tree. */

@@ -82,10 +82,17 @@ QSyntaxParam QSyntaxProperties::readParam(const QDomElement &element)
     param.deprecatedText = element.attribute(QStringLiteral("deprecated"));
     param.deprecatedVersion = packVersion(param.deprecatedText);
 
-    if (param.type == QSyntaxParam::IntN)
+    param.ikemenOnly = isIkemenOnly(element);
+
+    if (param.type == QSyntaxParam::IntN) {
         param.extra = element.attribute(QStringLiteral("max"), QStringLiteral("1"));
-    else if (typeUsesPattern(param.type))
+    } else if (typeUsesPattern(param.type)) {
         param.extra = element.attribute(QStringLiteral("reg_exp"));
+        param.ikemenExtra = element.attribute(QStringLiteral("ikemen_reg_exp"));
+    } else if (param.type == QSyntaxParam::Exp || param.type == QSyntaxParam::Exp2
+               || param.type == QSyntaxParam::Exp3) {
+        param.extra = element.attribute(QStringLiteral("arg_reg_exp"));
+    }
     // `extra` holds one pattern only: a key pattern replaces the value's.
     const QString keyPattern = QStringLiteral("fmt_reg_exp");
     if (element.hasAttribute(keyPattern))
@@ -93,9 +100,15 @@ QSyntaxParam QSyntaxProperties::readParam(const QDomElement &element)
     return param;
 }
 
+bool QSyntaxProperties::isIkemenOnly(const QDomElement &element)
+{
+    return element.attribute(QStringLiteral("engine")) == QLatin1String("ikemen");
+}
+
 QSyntaxController *QSyntaxProperties::readController(const QDomElement &element)
 {
     auto *controller = new QSyntaxController;
+    controller->ikemenOnly = isIkemenOnly(element);
     controller->name = element.attribute(QStringLiteral("name"));
     controller->minVersion = packVersion(element.attribute(QStringLiteral("minver")));
     controller->deprecatedText = element.attribute(QStringLiteral("deprecated"));

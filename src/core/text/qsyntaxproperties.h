@@ -49,9 +49,18 @@ struct QSyntaxParam
     /**
      * The extra data of the grammar: the `max` count of an "intn", the
      * value pattern (`reg_exp`) of the word-taking grammars, or the key
-     * pattern (`fmt_reg_exp`), which wins when both are given.
+     * pattern (`fmt_reg_exp`), which wins when both are given. A trigger
+     * of bracketed arguments keeps here the words that an argument may be
+     * instead of an expression (`arg_reg_exp`).
      */
     QString extra;
+    /** Whether only Ikemen GO reads the item (`engine="ikemen"`). */
+    bool ikemenOnly = false;
+    /**
+     * The value pattern Ikemen GO reads, where it takes more words than
+     * M.U.G.E.N. (`ikemen_reg_exp`); empty when both read the same.
+     */
+    QString ikemenExtra;
 };
 
 /**
@@ -66,6 +75,8 @@ struct QSyntaxController
     /** The name as the file spells it; `type =` lines compare it without regard to case. */
     QString name;
     QString deprecatedText;
+    /** Whether only Ikemen GO knows the controller (`engine="ikemen"`). */
+    bool ikemenOnly = false;
     /** Parameter name as written in the file, to its description. */
     QMap<QString, QSyntaxParam> params;
 };
@@ -113,6 +124,8 @@ public:
     static bool typeUsesPattern(int type);
     /** Reads the attributes of a `<param>`, `<trigger>` or section element. */
     static QSyntaxParam readParam(const QDomElement &element);
+    /** Whether an element carries `engine="ikemen"`: only Ikemen GO reads it. */
+    static bool isIkemenOnly(const QDomElement &element);
     /**
      * Reads the version attributes and the `<param>` children of a controller
      * element; other children are skipped. The caller owns the result.

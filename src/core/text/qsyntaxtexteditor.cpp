@@ -150,7 +150,7 @@ void QSyntaxTextEditor::setLanguage(int language)
     dropProcessor();
     // TODO: Lua text gets its own processor, with the Lua syntax.
     if (language == QSyntaxProcessor::MugenKind)
-        m_processor = new QMugenSyntaxProcessor(document(), m_version, m_checking);
+        m_processor = new QMugenSyntaxProcessor(document(), m_version, m_checking, mugenSyntax, m_target);
     else
         m_processor = new QNullSyntaxProcessor(document(), m_version);
 }
@@ -291,6 +291,12 @@ void QSyntaxTextEditor::setVersion(quint32 version)
 {
     m_version = version;
     m_processor->setVersion(version);
+}
+
+void QSyntaxTextEditor::setTarget(int target)
+{
+    m_target = target;
+    m_processor->setTarget(target);
 }
 
 void QSyntaxTextEditor::setChecking(bool checking)

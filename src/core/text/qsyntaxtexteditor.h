@@ -72,6 +72,10 @@ public:
     quint32 version() const;
     /** Sets the version of the processor, which then checks the text again. */
     virtual void setVersion(quint32 version);
+    /** The engine the text is checked for, a QEngineTarget value. */
+    int target() const { return m_target; }
+    /** Sets the target of the processor, which then checks the text again. */
+    void setTarget(int target);
     bool parsesElements() const { return m_parseElements; }
     /** Whether the text is checked: the hierarchy follows it, and the processor reports errors. */
     bool isChecking() const { return m_checking; }
@@ -131,5 +135,7 @@ private:
     bool m_checking;
     /** The version of every processor the document has, the next one included. */
     quint32 m_version;
+    /** The target of every processor the document has, as m_version. */
+    int m_target = TargetMugen;
     int m_codepage;
 };
