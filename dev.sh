@@ -18,6 +18,7 @@ export CCACHE_NOHASHDIR="${CCACHE_NOHASHDIR:-1}"
 PACKAGES="build-essential cmake pkg-config ninja-build ccache
   qt6-base-dev qt6-5compat-dev qt6-multimedia-dev libqt6opengl6-dev
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
+  libqt6svg6 breeze-icon-theme
   libluajit-5.1-dev libuchardet-dev libbenchmark-dev
   xvfb xauth libgl1-mesa-dri libxkbcommon-dev"
 

@@ -7,3 +7,24 @@ kestrada_add_test(handover_processes LIBS kestrada-core LABELS gui)
 add_dependencies(tst_handover_processes kestrada)
 kestrada_add_gui_test(mugendlg)
 kestrada_add_gui_test(mugrundlg)
+
+# Two tiny languages made by lrelease, beside the test, and the program's
+# own languages with their info.xml from data/.
+kestrada_add_gui_test(qtranslationunit)
+set(fixture_ts "${KESTRADA_TEST_DATA_DIR}/translations/first.ts"
+               "${KESTRADA_TEST_DATA_DIR}/translations/second.ts")
+set_source_files_properties(${fixture_ts} PROPERTIES
+    OUTPUT_LOCATION "${CMAKE_BINARY_DIR}/tests/translation-fixtures")
+qt_add_lrelease(tst_qtranslationunit TS_FILES ${fixture_ts} OPTIONS -silent NO_GLOBAL_TARGET)
+add_dependencies(tst_qtranslationunit kestrada-data)
+kestrada_add_gui_test(qactionmanager)
+kestrada_add_gui_test(frame)
+kestrada_add_gui_test(appearance)
+kestrada_add_gui_test(appdata)
+add_dependencies(tst_appdata kestrada-data)
+
+# The frame with stand-in editors, to look at and to drive by hand.
+add_executable(kestrada-framedemo "${CMAKE_CURRENT_LIST_DIR}/framedemo.cpp" "${CMAKE_CURRENT_LIST_DIR}/logeditor.h")
+target_link_libraries(kestrada-framedemo PRIVATE kestrada-gui)
+target_include_directories(kestrada-framedemo PRIVATE "${CMAKE_CURRENT_LIST_DIR}")
+add_dependencies(kestrada-framedemo kestrada-data)

@@ -71,6 +71,9 @@ public:
     void remove(int index) override;
     void move(int from, int to) override;
     void autoOrganize() override { sort(); }
+    /** One edit block of the text, so that the rows' moves are one undo step. */
+    void beginOrganize(const QList<int> &) override { beginUpdate(); }
+    void endOrganize() override { endUpdate(); }
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     /** The number, or "number - name" when a comment names the animation. */

@@ -48,3 +48,11 @@ QString settingsFileForRead(const QString &name)
     const QString user = userConfigDir() + QLatin1Char('/') + name;
     return QFileInfo::exists(user) ? user : beside;
 }
+
+QString userDataFolder(const QString &name)
+{
+    QString dir = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    if (dir.isEmpty())
+        dir = QDir::homePath() + QLatin1String("/.local/share/kestrada");
+    return dir + QLatin1Char('/') + name;
+}

@@ -18,3 +18,11 @@ QString applicationDir();
  */
 QString settingsFileForWrite(const QString &name);
 QString settingsFileForRead(const QString &name);
+
+/**
+ * The user's own copy of a data folder ("presets", "colorsets"...), in the
+ * user's data folder. Such folders are read after the program's own, and
+ * what the user makes goes there when the program's folder can't be written.
+ * The folder may not exist.
+ */
+QString userDataFolder(const QString &name);

@@ -1,6 +1,7 @@
 #include "atomicfile.h"
 
 #include <QDomDocument>
+#include <QFile>
 #include <QSaveFile>
 #include <QXmlStreamWriter>
 
@@ -71,4 +72,13 @@ QByteArray serializeXml(const QDomDocument &document, int indent)
 bool writeXmlAtomically(const QString &fileName, const QDomDocument &document, QString *error)
 {
     return writeFileAtomically(fileName, serializeXml(document), error);
+}
+
+QDomElement readXmlRoot(QDomDocument &document, const QString &fileName, const QString &rootTag)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly) || !document.setContent(&file))
+        return QDomElement();
+    const QDomElement root = document.documentElement();
+    return root.tagName() == rootTag ? root : QDomElement();
 }

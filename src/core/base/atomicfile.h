@@ -4,6 +4,7 @@
 #include <QString>
 
 class QDomDocument;
+class QDomElement;
 
 /**
  * Writes `bytes` to `fileName` through QSaveFile: the data goes to a file
@@ -25,3 +26,11 @@ QByteArray serializeXml(const QDomDocument &document, int indent = 4);
 /** Writes serializeXml(document) atomically. */
 bool writeXmlAtomically(const QString &fileName, const QDomDocument &document,
                         QString *error = nullptr);
+
+/**
+ * Reads the XML settings file `fileName` into `document` and returns its
+ * root element, or a null element when the file can't be read, isn't XML,
+ * or its root isn't `rootTag`. Every settings file of the program is read
+ * through here: failures are silent and whoever asked keeps what it had.
+ */
+QDomElement readXmlRoot(QDomDocument &document, const QString &fileName, const QString &rootTag);

@@ -107,13 +107,8 @@ bool QMugenModel::load(const QString &fileName)
     loadDefaults();
 
     QDomDocument document{QLatin1String(DocType)};
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    if (!document.setContent(&file))
-        return false;
-    const QDomElement root = document.documentElement();
-    if (root.tagName() != QLatin1String(RootTag))
+    const QDomElement root = readXmlRoot(document, fileName, QLatin1String(RootTag));
+    if (root.isNull())
         return false;
 
     for (QDomElement e = root.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {

@@ -13,6 +13,14 @@ class QOrganizableObject : public QAbstractListModel
 public:
     using QAbstractListModel::QAbstractListModel;
 
+    /**
+     * Opens one undo step around a change of many rows (`rows`, the rows
+     * the user selected), so that moving or deleting them is undone at
+     * once. Closed by endOrganize(); the two pair up, and nest.
+     */
+    virtual void beginOrganize(const QList<int> &rows) = 0;
+    virtual void endOrganize() = 0;
+
 public Q_SLOTS:
     /** Deletes the row `index`; nothing for a row out of range. */
     virtual void remove(int index) = 0;

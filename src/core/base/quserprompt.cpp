@@ -36,6 +36,13 @@ bool QConsoleUserPrompt::question(const QString &title, const QString &text, boo
     return defaultYes;
 }
 
+int QConsoleUserPrompt::choose(const QString &title, const QString &text, const QStringList &buttons,
+                               int defaultIndex)
+{
+    print(title, text + QLatin1String(" [") + buttons.value(defaultIndex) + QLatin1Char(']'));
+    return defaultIndex;
+}
+
 QRecordingUserPrompt::QRecordingUserPrompt()
     : m_previous(userPrompt)
 {
@@ -72,4 +79,17 @@ void QRecordingUserPrompt::answer(std::initializer_list<bool> answers)
 {
     for (bool a : answers)
         m_answers.append(a);
+}
+
+int QRecordingUserPrompt::choose(const QString &title, const QString &text, const QStringList &buttons,
+                                 int defaultIndex)
+{
+    calls.append({Choice, title, text, false, buttons});
+    return m_choices.isEmpty() ? defaultIndex : m_choices.takeFirst();
+}
+
+void QRecordingUserPrompt::answerChoices(std::initializer_list<int> choices)
+{
+    for (int c : choices)
+        m_choices.append(c);
 }

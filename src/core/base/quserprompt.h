@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 /**
  * The one way the core talks to a person.
@@ -21,6 +22,13 @@ public:
     virtual void information(const QString &title, const QString &text) = 0;
     /** A Yes/No question. Returns true for Yes. `defaultYes` picks the default button. */
     virtual bool question(const QString &title, const QString &text, bool defaultYes = false) = 0;
+    /**
+     * A question with more answers than Yes and No: one button per entry of
+     * `buttons`, in that order. Returns the index of the button chosen, or
+     * `defaultIndex` when the question is dismissed without a choice.
+     */
+    virtual int choose(const QString &title, const QString &text, const QStringList &buttons,
+                       int defaultIndex) = 0;
 };
 
 /**
@@ -41,6 +49,8 @@ public:
     void warning(const QString &title, const QString &text) override;
     void information(const QString &title, const QString &text) override;
     bool question(const QString &title, const QString &text, bool defaultYes = false) override;
+    int choose(const QString &title, const QString &text, const QStringList &buttons,
+               int defaultIndex) override;
 
 private:
     void print(const QString &title, const QString &text);
@@ -53,7 +63,7 @@ private:
 class QRecordingUserPrompt : public QUserPrompt
 {
 public:
-    enum Kind { Critical, Warning, Information, Question };
+    enum Kind { Critical, Warning, Information, Question, Choice };
 
     struct Call
     {
@@ -61,6 +71,8 @@ public:
         QString title;
         QString text;
         bool defaultYes;
+        /** The buttons of a choice; empty for the other kinds. */
+        QStringList buttons = {};
     };
 
     /** Installs itself as `userPrompt` and puts the previous one back when destroyed. */
@@ -72,13 +84,19 @@ public:
     void information(const QString &title, const QString &text) override;
     /** Answers with the next scripted answer, or with the default when none is left. */
     bool question(const QString &title, const QString &text, bool defaultYes = false) override;
+    /** Answers with the next scripted choice, or with the default when none is left. */
+    int choose(const QString &title, const QString &text, const QStringList &buttons,
+               int defaultIndex) override;
 
     /** Queues answers for the coming questions, first in first out. */
     void answer(std::initializer_list<bool> answers);
+    /** Queues button indexes for the coming choices, first in first out. */
+    void answerChoices(std::initializer_list<int> choices);
 
     QList<Call> calls;
 
 private:
     QList<bool> m_answers;
+    QList<int> m_choices;
     QUserPrompt *m_previous;
 };

@@ -485,3 +485,17 @@ void QSounds::check()
     }
     messages().end();
 }
+
+void QSounds::beginOrganize(const QList<int> &rows)
+{
+    Q_UNUSED(rows)
+    m_organizing.append(m_undoEnabled);
+    if (m_undoEnabled)
+        m_undoStack.beginMacro(QStringLiteral("organize"));
+}
+
+void QSounds::endOrganize()
+{
+    if (!m_organizing.isEmpty() && m_organizing.takeLast())
+        m_undoStack.endMacro();
+}

@@ -181,6 +181,9 @@ public Q_SLOTS:
     void remove(int index) override;
     void move(int from, int to) override;
     void autoOrganize() override { organize(); }
+    /** One macro of the undo stack around the rows' moves or removals. */
+    void beginOrganize(const QList<int> &rows) override;
+    void endOrganize() override;
 
 Q_SIGNALS:
     void changed();
@@ -230,6 +233,8 @@ private:
     QStreamCache m_store;
     QString m_fileName;
     QUndoStack m_undoStack;
+    /** For each beginOrganize(), whether it opened a macro on the stack. */
+    QList<bool> m_organizing;
     int m_currentIndex = 0;
     bool m_modified = false;
     bool m_loading = false;

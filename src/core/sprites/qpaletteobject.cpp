@@ -50,3 +50,13 @@ QVariant QPaletteObject::data(const QModelIndex &index, int role) const
         return QVariant();
     return QStringLiteral("%1, %2").arg(palette->itemGroup()).arg(palette->itemIndex());
 }
+
+void QPaletteObject::beginOrganize(const QList<int> &rows)
+{
+    m_sprites->beginOrganize(rows);
+}
+
+void QPaletteObject::endOrganize()
+{
+    m_sprites->endOrganize();
+}

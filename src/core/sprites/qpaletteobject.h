@@ -36,6 +36,9 @@ public:
     void move(int from, int to) override;
     /** Sorts by group, then index, as one undo step. */
     void autoOrganize() override;
+    /** One macro of the set's undo stack, which palette changes go to. */
+    void beginOrganize(const QList<int> &rows) override;
+    void endOrganize() override;
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     /** Display and tool tip: "group, index". */

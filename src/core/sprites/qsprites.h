@@ -82,6 +82,8 @@ public:
     int find(int start, int group, int index) const;
     /** Puts the sprites in the order the version wants (see the .cpp), as one undo step. */
     void autoOrganize() override;
+    void beginOrganize(const QList<int> &) override { beginMacro(QStringLiteral("organize")); }
+    void endOrganize() override { endMacro(); }
 
     /** The sprite the editor shows. */
     int currentIndex() const { return m_currentIndex; }

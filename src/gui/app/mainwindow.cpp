@@ -1,16 +1,20 @@
 #include "mainwindow.h"
 
 #include "qinterface.h"
+#include "qlanguagemanager.h"
+#include "qorganizereditor.h"
 
 #include "core/app/qproject.h"
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
 #include "core/text/qmugensyntaxproperties.h"
 
+#include <QDockWidget>
 #include <QEvent>
+#include <QListView>
 #include <QMenuBar>
 
-MainWindow::MainWindow(bool firstInstance, QWidget *parent)
+MainWindow::MainWindow(bool firstInstance, const EditorSetup &editors, QWidget *parent)
     : QMainWindow(parent)
 {
     setupUi();
@@ -19,8 +23,16 @@ MainWindow::MainWindow(bool firstInstance, QWidget *parent)
     mugenSyntax->load(applicationDir() + QStringLiteral("/syntax_mugen.xml"));
     // The kinds of lines that text documents recognise, process-wide.
     registerProjectElements();
-    mainInterface = new QInterface(this);
+    if (languages)
+        connect(languages, &QLanguageManager::langChanged, this, &MainWindow::retranslate);
+    mainInterface = new QInterface(this, actions, actList);
+    (editors ? editors : addEditors)(mainInterface);
     mainInterface->start(firstInstance);
+}
+
+void MainWindow::addEditors(QInterface *ui)
+{
+    ui->addExtraEditor(new QOrganizerEditor(ui));
 }
 
 MainWindow::~MainWindow()
@@ -53,6 +65,25 @@ void MainWindow::setupUi()
     central->setObjectName(QStringLiteral("centralWidget"));
     setCentralWidget(central);
 
+    // Only movable, at the left or the right; its width is the user's to change.
+    actions = new QDockWidget(this);
+    actions->setObjectName(QStringLiteral("actions"));
+    actions->setFeatures(QDockWidget::DockWidgetMovable);
+    actions->setAllowedAreas(Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea);
+    actList = new QListView(actions);
+    actList->setObjectName(QStringLiteral("actList"));
+    actList->setMinimumWidth(100);
+    actList->setMaximumWidth(480);
+    actList->setMinimumHeight(352);
+    // The tips are the texts of the list: whole sentences, wrapped.
+    actList->setWordWrap(true);
+    actList->setTextElideMode(Qt::ElideNone);
+    actList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    actList->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    actions->setWidget(actList);
+    addDockWidget(Qt::RightDockWidgetArea, actions);
+    resizeDocks({actions}, {160}, Qt::Horizontal);
+
     if (configuration) {
         resize(configuration->config[QStringLiteral("window_width")].toInt(),
                configuration->config[QStringLiteral("window_height")].toInt());
@@ -68,6 +99,9 @@ void MainWindow::retranslate()
     menuView->setTitle(tr("View"));
     menuTools->setTitle(tr("Tools"));
     menuHelp->setTitle(tr("Help"));
+    actions->setWindowTitle(tr("Action list"));
+    if (mainInterface)
+        mainInterface->retranslate();
 }
 
 void MainWindow::changeEvent(QEvent *event)

@@ -2,20 +2,35 @@
 
 #include <QMainWindow>
 
+#include <functional>
+
+class QDockWidget;
+class QListView;
+class QInterface;
 class QMenu;
 
 /**
  * The shell of the program's window: the menu bar with the Project, Edit,
- * View, Tools and Help menus over the central area. Its controller is
- * QInterface, created here and deleted first when the window goes.
+ * View, Tools and Help menus over the central area, and the action list
+ * beside it. Its controller is QInterface, created here and deleted first
+ * when the window goes.
  */
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    /** `firstInstance` decides whether this window receives files from other instances. */
-    explicit MainWindow(bool firstInstance, QWidget *parent = nullptr);
+    /** Adds the workspaces, editors and extra editors to a new interface, in their order. */
+    using EditorSetup = std::function<void(QInterface *)>;
+
+    /**
+     * `firstInstance` decides whether this window receives files from other
+     * instances. `editors` replaces the program's own editors (a window
+     * made for a test); empty, the program's are added.
+     */
+    explicit MainWindow(bool firstInstance, const EditorSetup &editors = EditorSetup(), QWidget *parent = nullptr);
+    /** The program's workspaces, editors and extra editors. */
+    static void addEditors(QInterface *ui);
     /** Deletes the interface, then writes the configuration file. */
     ~MainWindow() override;
 
@@ -24,6 +39,9 @@ public:
     QMenu *menuView;
     QMenu *menuTools;
     QMenu *menuHelp;
+    /** The "Action list" beside the window: the commands of the current editor. */
+    QDockWidget *actions;
+    QListView *actList;
 
 public Q_SLOTS:
     /** Sets every text of the window again in the current language. */

@@ -1,28 +1,91 @@
 #pragma once
 
-#include <QFileSystemWatcher>
-#include <QList>
-#include <QObject>
+#include "qactionmanager.h"
+#include "qinterfaceeditor.h"
 
+#include <QFileSystemWatcher>
+#include <QLabel>
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QToolBar>
+
+class QActionGroup;
+class QDockWidget;
+class QInterfaceControl;
+class QListView;
 class QMainWindow;
+class QPanelWidget;
 class QProject;
+class QStackedLayout;
+class QTabBar;
+
+/** A label that says when it is clicked: the status bar's fields. */
+class QClickableLabel : public QLabel
+{
+    Q_OBJECT
+
+public:
+    using QLabel::QLabel;
+
+Q_SIGNALS:
+    void clicked();
+
+protected:
+    void mouseReleaseEvent(QMouseEvent *event) override;
+};
+
+/** What a preset puts into one toolbar: an icon size and actions, null standing for a separator. */
+struct QToolbarLayout
+{
+    int iconSize = 24;
+    QList<QAction *> actions;
+};
+
+/** A toolbar of the window, which shows the layouts it is given. */
+class QInterfaceToolbar : public QToolBar
+{
+    Q_OBJECT
+
+public:
+    using QToolBar::QToolBar;
+
+    /**
+     * Shows `layout`: replacing what stood there (with its icon size, shown
+     * only when it has entries), or after it (shown when either has entries).
+     */
+    void showLayout(const QToolbarLayout &layout, bool replace);
+};
 
 /**
- * The controller behind the main window: it owns the open projects, one
- * tab each, and receives the files that other instances hand over.
+ * The controller behind the main window. It owns the open projects, one tab
+ * each; the actions; the editors, extra editors and workspaces of the frame
+ * and the controls they declare; the toolbars and side panels that presets
+ * fill; and it receives the files that other instances hand over.
+ *
+ * Editors, workspaces and extra editors never talk to each other: the
+ * interface calls them, in a fixed order, when the current project or the
+ * current editor changes.
  */
 class QInterface : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit QInterface(QMainWindow *mainWindow);
+    /**
+     * Builds the frame into `mainWindow`'s central widget. `actionsDock`
+     * and `actionList` are the "Action list" beside the window; either may
+     * be null (tests).
+     */
+    explicit QInterface(QMainWindow *mainWindow, QDockWidget *actionsDock = nullptr,
+                        QListView *actionList = nullptr);
     ~QInterface() override;
 
     /**
-     * The start, once, as the last act of building the main window: one
-     * blank project, and for the first instance a watch on the hand-over
-     * file, then the files handed over so far.
+     * The start, once, as the last act of building the main window: the
+     * window's state and the shortcuts, the first editor, one blank
+     * project, the configuration applied, and for the first instance a
+     * watch on the hand-over file, then the files handed over so far.
      */
     void start(bool firstInstance);
 
@@ -31,6 +94,48 @@ public:
 
     /** Reads the hand-over file and opens what it names; see fileChanged(). */
     void consumeHandOver();
+
+    // The frame.
+    QMainWindow *mainWindow() const { return m_mainWindow; }
+    QActionManager &actions() { return m_actions; }
+    QTranslationUnit *translation() { return &m_actions.translation(); }
+    /** Adds a workspace; owned by the interface from now on. */
+    void addWorkspace(QInterfaceWorkspace *workspace);
+    /** Adds an editor with its switch action and its panel page, then calls its setup(); owned from now on. */
+    void addEditor(QInterfaceEditor *editor);
+    /** Adds an extra editor with its page in the right panel; owned from now on. */
+    void addExtraEditor(QInterfaceExtraEditor *editor);
+    /** Enters a control that presets may place, replacing one of the same name; owned from now on. */
+    void addControl(const QString &name, QInterfaceControl *control);
+    /** The widget of the control `name` for its placing `index`; null when there is none. */
+    QWidget *control(const QString &name, int index = 0) const;
+    QInterfaceControl *controlNamed(const QString &name) const { return m_controls.value(name); }
+    /** Puts an editor's menu into the menu bar, before Tools and Help. */
+    void insertMenu(QMenu *menu);
+
+    QInterfaceEditor *editor(int id) const { return m_editors.value(id); }
+    QInterfaceExtraEditor *extraEditor(int id) const { return m_extraEditors.value(id); }
+    QInterfaceWorkspace *workspace(int id) const { return m_workspaces.value(id); }
+    int currentEditorId() const { return m_currentEditor; }
+    int currentExtraId() const { return m_currentExtra; }
+    int currentWorkspaceId() const { return m_currentWorkspace; }
+    QInterfaceEditor *currentEditor() const { return editor(m_currentEditor); }
+
+    // What presets fill.
+    /** Empties every toolbar layout and takes every control out of the panels. */
+    void clearLayouts();
+    /** The toolbar layout `name` ("main", "extra", a workspace's or an editor's key); null when unknown. */
+    QToolbarLayout *layout(const QString &name);
+    /** The page `name` of the left panel (`editorPanel`) or the right one; null when unknown. */
+    QWidget *panelPage(bool editorPanel, const QString &name) const;
+    QPanelWidget *leftPanel() const { return m_leftPanel; }
+    QPanelWidget *rightPanel() const { return m_rightPanel; }
+    QInterfaceToolbar *mainToolbar() const { return m_mainToolbar; }
+    QInterfaceToolbar *extraToolbar() const { return m_extraToolbar; }
+    QInterfaceToolbar *editorToolbar() const { return m_editorToolbar; }
+    QTabBar *tabBar() const { return m_tabs; }
+    /** The four fields of the status bar, then the check icon. */
+    QClickableLabel *statusLabel(int index) const { return m_status.value(index); }
 
 public Q_SLOTS:
     /** Opens a new blank project as the last tab and makes it current. */
@@ -45,20 +150,91 @@ public Q_SLOTS:
     /** The hand-over file changed: open what it names and bring the window forward. */
     void fileChanged(const QString &path);
 
+    /** The tab `index` became current. */
+    void projTabsChanged(int index);
+    void projTabsMoved(int from, int to);
+    /** The kind of `project` changed: editors it has no documents for hide. */
+    void projTypeChanged(QProject *project);
+    /** Makes the editor `id` current, QInterfaceIds::NoEditor for none. */
+    void makeCurrent(int id);
+    /** Makes the extra editor `id` the one in the right panel, QInterfaceIds::NoExtra for none. */
+    void makeExtraCurrent(int id);
+    /** The editor switch action `action` was chosen. */
+    void editorSwitch(QAction *action);
+    /** A click in the action list: runs that action if it is enabled. */
+    void actionChanged(const QModelIndex &index);
+    /** The configuration changed: language, preset, then every extra editor, editor and workspace. */
+    void applyConfig();
+    void updateEditorName();
+    void updateExtraEditorName();
+    void viewLeftPanel(bool checked);
+    void viewRightPanel(bool checked);
+    void viewOrganizer(bool checked);
+    void viewActions(bool checked);
+    void editorNew();
+    void editorOpen();
+    void editorSave();
+    void editorSaveAs();
+    /** Every text of the frame again, in the current language. */
+    void retranslate();
+
 Q_SIGNALS:
     /** The list of projects or the current one changed. */
     void projectsChanged();
+    void editUndo();
+    void editRedo();
+    void editCut();
+    void editCopy();
+    void editPaste();
 
 private:
+    void buildFrame();
+    void createActions();
     QProject *createProject();
     void addProject(QProject *project);
     /** Loads a handed-over file of any kind but DEF into the last project. */
     void openDocument(const QString &fileName, const QString &suffix);
+    /** setProject on every workspace, editor and extra editor, in the frame's order, then the editor again. */
+    void refreshEditors();
+    void connectEditor(QInterfaceEditor *editor, bool connect);
+    /** Toolbars and panels for the current editor's panel flags. */
+    void layoutPanels();
+    /** The editor to show after a change of kind or of configuration. */
+    void chooseEditor();
+    void restoreWindowState();
+    void saveWindowState();
+    QString tabTitle(QProject *project) const;
 
     QFileSystemWatcher m_watcher;
     QMainWindow *m_mainWindow;
-    QList<QProject *> m_projects;
+    QActionManager m_actions;
+    QDockWidget *m_actionsDock;
+    QListView *m_actionList;
+    QInterfaceToolbar *m_mainToolbar = nullptr;
+    QInterfaceToolbar *m_extraToolbar = nullptr;
+    QInterfaceToolbar *m_editorToolbar = nullptr;
+    QMap<QString, QToolbarLayout> m_layouts;
+    QPanelWidget *m_leftPanel = nullptr;
+    QPanelWidget *m_rightPanel = nullptr;
+    QStackedLayout *m_leftStack = nullptr;
+    QStackedLayout *m_rightStack = nullptr;
+    QMap<QString, QWidget *> m_leftPages;
+    QMap<QString, QWidget *> m_rightPages;
+    QStackedLayout *m_centralStack = nullptr;
+    QList<QClickableLabel *> m_status;
     QProject *m_current = nullptr;
+    QList<QProject *> m_projects;
+    QTabBar *m_tabs = nullptr;
+    int m_newProjects = 0;
+    QActionGroup *m_editorGroup = nullptr;
+    int m_currentEditor = QInterfaceIds::NoEditor;
+    int m_currentExtra = QInterfaceIds::NoExtra;
+    int m_currentWorkspace = QInterfaceIds::NoWorkspace;
+    QMap<int, QInterfaceEditor *> m_editors;
+    QMap<int, QInterfaceExtraEditor *> m_extraEditors;
+    QMap<int, QInterfaceWorkspace *> m_workspaces;
+    QMap<QString, QInterfaceControl *> m_controls;
+    QMetaObject::Connection m_statusClick;
 };
 
 /** The one interface of the program; null while the palette editor runs alone. */

@@ -2,9 +2,14 @@
 
 #include "mainwindow.h"
 #include "qguiuserprompt.h"
+#include "qiconsetmanager.h"
+#include "qlanguagemanager.h"
+#include "qpresetmanager.h"
+#include "qstylesheetmanager.h"
 
 #include "core/base/apppaths.h"
 #include "core/base/qcodepages.h"
+#include "core/base/qcolorsetmanager.h"
 #include "core/base/qhandover.h"
 #include "core/base/qmugenmodel.h"
 #include "core/base/qsyntaxformats.h"
@@ -14,6 +19,7 @@
 #include <QFileInfo>
 #include <QSplashScreen>
 #include <QThread>
+#include <QTimer>
 
 #include <memory>
 
@@ -34,6 +40,21 @@ StartDecision decideStart(const QStringList &arguments, bool firstInstance)
         decision.paletteEditor = true;
     }
     return decision;
+}
+
+void scheduleGrab(QWidget *window)
+{
+    // How the window's look is checked on a machine with nobody in front of it.
+    const QString request = qEnvironmentVariable("KESTRADA_GRAB");
+    if (request.isEmpty())
+        return;
+    const QString file = request.section(QLatin1Char(','), 0, 0);
+    bool given = false;
+    const double seconds = request.section(QLatin1Char(','), 1, 1).toDouble(&given);
+    QTimer::singleShot(int((given ? seconds : 3.0) * 1000), window, [window, file] {
+        if (!window->grab().save(file))
+            qWarning("KESTRADA_GRAB: can't write %s", qPrintable(file));
+    });
 }
 
 namespace {
@@ -57,6 +78,7 @@ int runMainWindow(bool firstInstance)
     {
         MainWindow window(firstInstance);
         window.show();
+        scheduleGrab(&window);
         delete splash;
         code = QApplication::exec();
     }
@@ -64,6 +86,37 @@ int runMainWindow(bool firstInstance)
 }
 
 } // namespace
+
+ProcessManagers::ProcessManagers(QApplication *application)
+{
+    presets = new QPresetManager(QDataFolder::named(QStringLiteral("presets")));
+    iconsets = new QIconsetManager(QDataFolder::named(QStringLiteral("iconsets")));
+    stylesheets = new QStylesheetManager(QDataFolder::named(QStringLiteral("styles")));
+    languages = new QLanguageManager(application, applicationDir() + QStringLiteral("/languages"));
+    colorsets = new QColorsetManager(QDataFolder::named(QStringLiteral("colorsets")));
+    syntaxFormats = new QSyntaxFormats;
+    configuration = new QMugenModel;
+    // A missing or unreadable file is no error: the defaults stay.
+    configuration->load(settingsFileForRead(QStringLiteral("config.xml")));
+}
+
+ProcessManagers::~ProcessManagers()
+{
+    delete presets;
+    presets = nullptr;
+    delete configuration;
+    configuration = nullptr;
+    delete syntaxFormats;
+    syntaxFormats = nullptr;
+    delete colorsets;
+    colorsets = nullptr;
+    delete stylesheets;
+    stylesheets = nullptr;
+    delete iconsets;
+    iconsets = nullptr;
+    delete languages;
+    languages = nullptr;
+}
 
 int kestradaMain(int argc, char **argv)
 {
@@ -76,9 +129,11 @@ int kestradaMain(int argc, char **argv)
     QUserPrompt *previousPrompt = userPrompt;
     userPrompt = &prompt;
 
-    syntaxFormats = new QSyntaxFormats;
-    configuration = new QMugenModel;
-    configuration->load(settingsFileForRead(QStringLiteral("config.xml")));
+    QGuiUserDialogs dialogs;
+    QUserDialogs *previousDialogs = userDialogs;
+    userDialogs = &dialogs;
+
+    ProcessManagers managers(&application);
     buildCodecNames();
 
     // The lock lives until this function returns; its end frees it.
@@ -97,10 +152,7 @@ int kestradaMain(int argc, char **argv)
     if (decision.showWindow)
         code = runMainWindow(lock.isFirst());
 
-    delete configuration;
-    configuration = nullptr;
-    delete syntaxFormats;
-    syntaxFormats = nullptr;
+    userDialogs = previousDialogs;
     userPrompt = previousPrompt;
     return code;
 }

@@ -24,3 +24,28 @@ StartDecision decideStart(const QStringList &arguments, bool firstInstance);
 
 /** The program's entry point: managers, instance lock, hand-over, splash, main window. */
 int kestradaMain(int argc, char **argv);
+
+class QWidget;
+/**
+ * KESTRADA_GRAB=FILE.png[,SECONDS]: saves a picture of `window` after that
+ * many seconds (3 by default) while the program goes on running; nothing
+ * without the variable.
+ */
+void scheduleGrab(QWidget *window);
+
+class QApplication;
+/**
+ * The process-wide managers of the program: presets, iconsets, stylesheets,
+ * languages, colorsets, syntax formats and the configuration (read from
+ * config.xml), made in that order and deleted in the reverse one but for
+ * the presets, which go first. What they find beside the program and in
+ * the user's data folders is all they know.
+ */
+class ProcessManagers
+{
+public:
+    explicit ProcessManagers(QApplication *application);
+    ~ProcessManagers();
+    ProcessManagers(const ProcessManagers &) = delete;
+    ProcessManagers &operator=(const ProcessManagers &) = delete;
+};
