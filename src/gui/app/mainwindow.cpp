@@ -3,6 +3,7 @@
 #include "qinterface.h"
 #include "qlanguagemanager.h"
 #include "qorganizereditor.h"
+#include "gui/sounds/qsoundseditor.h"
 
 #include "core/app/qproject.h"
 #include "core/base/apppaths.h"
@@ -32,6 +33,7 @@ MainWindow::MainWindow(bool firstInstance, const EditorSetup &editors, QWidget *
 
 void MainWindow::addEditors(QInterface *ui)
 {
+    ui->addEditor(new QSoundsEditor(ui));
     ui->addExtraEditor(new QOrganizerEditor(ui));
 }
 
