@@ -1,4 +1,4 @@
-// The window as the program makes it, with two stand-in editors where the
+// The window as the program makes it, with a stand-in editor where the
 // real ones will stand: a way to look at the frame, its presets and its
 // looks, and to drive it by hand or with xdotool, before the editors exist.
 // Not a test and not installed; it takes its data from beside the program.
@@ -31,15 +31,6 @@ int main(int argc, char **argv)
     const auto editors = [&log](QInterface *ui) {
         ui->addWorkspace(new LogWorkspace(0, &log));
         ui->addWorkspace(new LogWorkspace(1, &log));
-        ui->addEditor(new LogEditor(ui, QInterfaceIds::Sounds, QInterfaceIds::AnimSpriteWorkspace, 1, &log,
-                                    {{QStringLiteral("snd_add"), 226},
-                                     {QStringLiteral("snd_delete"), 227},
-                                     {QStringLiteral("snd_duplicate"), 230},
-                                     {QStringLiteral("snd_play"), 233},
-                                     {QStringLiteral("snd_play_loop"), 234},
-                                     {QStringLiteral("snd_stop"), 235},
-                                     {QStringLiteral("snd_export"), 236},
-                                     {QStringLiteral("snd_import"), 237}}));
         ui->addEditor(new LogEditor(ui, QInterfaceIds::Commands, QInterfaceIds::TextWorkspace, 1, &log,
                                     {{QStringLiteral("cmd_new"), 204}, {QStringLiteral("cmd_open"), 205}}));
         MainWindow::addEditors(ui);
