@@ -21,6 +21,8 @@ kestrada_add_gui_test(qactionmanager)
 kestrada_add_gui_test(frame)
 kestrada_add_gui_test(appearance)
 kestrada_add_gui_test(appdata)
+kestrada_add_gui_test(errordlg)
+add_dependencies(tst_errordlg fakeengine)
 add_dependencies(tst_appdata kestrada-data)
 
 # The frame with stand-in editors, to look at and to drive by hand.
