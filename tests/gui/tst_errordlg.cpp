@@ -15,37 +15,24 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/** "a b c" as a list of its words. */
 QStringList words(const char *text)
 {
     return QString::fromLatin1(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
-/** The image of an icon file, to compare what a label shows. */
-QImage icon(const char *name)
-{
-    return QPixmap(u":/imgs/Imgs/"_s + QLatin1String(name)).toImage();
-}
-
-/**
- * A window with editors of definitions, states and sounds, the last only
- * for stages, so that it hides for the blank character of the start.
- */
+/** A window with editors of definitions, states and sounds; the last is for stages only, so it hides. */
 struct Window
 {
     QMainWindow window;
     QStringList log;
-    QInterface *ui;
+    QInterface *ui = new QInterface(&window);
 
     Window()
     {
-        ui = new QInterface(&window);
         mainInterface = ui;
         ui->addWorkspace(new LogWorkspace(0, &log));
         ui->addEditor(new LogEditor(ui, FileDefinitions, 0, 15, &log, {}));
@@ -60,7 +47,7 @@ struct Window
         delete ui;
         mainInterface = nullptr;
     }
-    QClickableLabel *status() const { return ui->statusLabel(4); }
+    QString tip() const { return ui->statusLabel(4)->toolTip(); }
 };
 
 } // namespace
@@ -69,18 +56,16 @@ class tst_ErrorDlg : public QObject
 {
     Q_OBJECT
 
-private:
     QTemporaryDir m_dir;
     QMugenModel m_configuration;
 
     QString path(const QString &relative) const { return m_dir.filePath(relative); }
-    QString engineLog() const { return path(u"engine.log"_s); }
 
-    /** What the fake engine wrote down after `prefix`, one entry a line. */
+    /** What the fake engine wrote down after `prefix` ("arg ", "file "), one entry a line. */
     QStringList seen(const char *prefix) const
     {
         QStringList values;
-        for (const QByteArray &line : TestSupport::readFile(engineLog()).split('\n')) {
+        for (const QByteArray &line : TestSupport::readFile(path(u"engine.log"_s)).split('\n')) {
             if (line.startsWith(prefix))
                 values.append(QString::fromUtf8(line.mid(qstrlen(prefix))));
         }
@@ -91,15 +76,13 @@ private Q_SLOTS:
     void initTestCase()
     {
         configuration = &m_configuration;
-        // An engine folder with something of its own, the fake engine and a
-        // file that can't be started.
+        // The engine's folder: a character of its own, the fake engine and a file that can't be started.
         const QString engine = path(u"mugen/engine"_s);
-        QVERIFY(QDir().mkpath(path(u"mugen"_s)));
+        QVERIFY(TestSupport::writeFile(path(u"mugen/chars/kfm/kfm.def"_s), "[Files]\r\n"));
+        QVERIFY(TestSupport::writeFile(path(u"mugen/broken"_s), "not a program"));
         QVERIFY(QFile::copy(QCoreApplication::applicationDirPath() + u"/fakeengine"_s, engine));
         QVERIFY(QFile::setPermissions(engine, QFile::permissions(engine) | QFile::ExeOwner));
-        QVERIFY(TestSupport::writeFile(path(u"mugen/broken"_s), "not a program"));
-        QVERIFY(TestSupport::writeFile(path(u"mugen/chars/kfm/kfm.def"_s), "[Files]\r\n"));
-        qputenv("FAKE_ENGINE_LOG", engineLog().toLocal8Bit());
+        qputenv("FAKE_ENGINE_LOG", path(u"engine.log"_s).toLocal8Bit());
     }
 
     void init() { QFile::remove(settingsFileForWrite(u"shortcuts.xml"_s)); }
@@ -113,56 +96,49 @@ private Q_SLOTS:
     void statusIcon_data()
     {
         QTest::addColumn<QList<int>>("severities");
-        QTest::addColumn<QString>("iconName");
+        QTest::addColumn<QString>("icon");
         QTest::addColumn<QString>("tip");
-        QTest::newRow("errors before warnings") << QList<int>{1, 0, 2, 0} << u"error.png"_s << u"2 error(s) found!"_s;
-        QTest::newRow("warnings") << QList<int>{1, 2, 1} << u"warn.png"_s << u"2 warnings found!"_s;
-        // Information is listed but counts in no total.
-        QTest::newRow("only information") << QList<int>{2} << u"ok.png"_s << u"No issues found!"_s;
+        QTest::newRow("errors before warnings") << QList<int>{1, 0, 2, 0} << u"error"_s << u"2 error(s) found!"_s;
+        QTest::newRow("warnings") << QList<int>{1, 2, 1} << u"warn"_s << u"2 warnings found!"_s;
+        // Information is listed, but counts in no total.
+        QTest::newRow("only information") << QList<int>{2} << u"ok"_s << u"No issues found!"_s;
     }
 
     void statusIcon()
     {
         QFETCH(QList<int>, severities);
-        QFETCH(QString, iconName);
+        QFETCH(QString, icon);
         QFETCH(QString, tip);
         Window w;
         QMessages messages(&w.ui->currentProject()->messages(), FileCommands);
         for (int severity : severities)
             messages.add(severity, u"x"_s, -1, 0);
-        QCOMPARE(w.status()->toolTip(), tip);
-        QCOMPARE(w.status()->pixmap().toImage(), icon(iconName.toLatin1().constData()));
+        QCOMPARE(w.tip(), tip);
+        QCOMPARE(w.ui->statusLabel(4)->pixmap().toImage(), QPixmap(u":/imgs/Imgs/%1.png"_s.arg(icon)).toImage());
     }
 
     void theStatusAndTheIssuesFollowTheCurrentProject()
     {
         Window w;
         QProject *first = w.ui->currentProject();
-        // A click on the check label shows the Issues window, made once.
-        QTest::mouseClick(w.status(), Qt::LeftButton);
+        QTest::mouseClick(w.ui->statusLabel(4), Qt::LeftButton);
         ErrorDlg *issues = w.ui->errorDialog();
         QVERIFY(issues && issues->isVisible());
-        QCOMPARE(issues->windowTitle(), u"Issues"_s);
-        QVERIFY(!issues->isModal());
-        QCOMPARE(issues->model(), &first->messages());
         QMessages firstMessages(&first->messages(), FileCommands);
         firstMessages.add(QMessages::Error, u"x"_s, -1, 0);
-        QCOMPARE(w.status()->toolTip(), u"1 error(s) found!"_s);
 
         w.ui->newProject(false);
-        QProject *second = w.ui->currentProject();
-        QMessages secondMessages(&second->messages(), FileCommands);
+        QMessages secondMessages(&w.ui->currentProject()->messages(), FileCommands);
         secondMessages.add(QMessages::Warning, u"y"_s, -1, 0);
-        QCOMPARE(w.status()->toolTip(), u"1 warnings found!"_s);
-        QCOMPARE(issues->model(), &second->messages());
+        QCOMPARE(issues->model(), &w.ui->currentProject()->messages());
         // The project in the background no longer speaks for the label.
         firstMessages.add(QMessages::Error, u"x"_s, -1, 0);
-        QCOMPARE(w.status()->toolTip(), u"1 warnings found!"_s);
+        QCOMPARE(w.tip(), u"1 warnings found!"_s);
 
-        // Back on the first tab, its totals show at once.
         w.ui->tabBar()->setCurrentIndex(0);
-        QCOMPARE(w.status()->toolTip(), u"2 error(s) found!"_s);
+        QCOMPARE(w.tip(), u"2 error(s) found!"_s);
         QCOMPARE(issues->model(), &first->messages());
+        // Made once.
         w.ui->fileCheck();
         QCOMPARE(w.ui->errorDialog(), issues);
     }
@@ -181,53 +157,45 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(&issues));
         QSignalSpy spy(&issues, &ErrorDlg::navigateTo);
         QListView *view = issues.findChild<QListView *>(u"listView"_s);
-        QVERIFY(view);
         // Qt Test's double click lacks the press that the view waits for.
         const QPoint row = view->visualRect(list.index(1)).center();
         QTest::mousePress(view->viewport(), Qt::LeftButton, {}, row);
         QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, row);
         QCOMPARE(spy.size(), 1);
         QCOMPARE(spy.at(0), (QVariantList{QVariant::fromValue(FileStates), 1, 4, 9}));
-        issues.dblClick(list.index(0));
-        QCOMPARE(spy.at(1), (QVariantList{QVariant::fromValue(FileSprites), 0, 2, 1}));
     }
 
     void navigationFindsTheVisibleEditor()
     {
         Window w;
-        QCOMPARE(w.ui->currentEditorId(), int(FileDefinitions));
         w.ui->navigateTo(FileStates, 2, 5, 9);
         QCOMPARE(w.ui->currentEditorId(), int(FileStates));
         QCOMPARE(w.log.last(), u"E4.navigate(2,5,9)"_s);
-        // The sounds editor is hidden for a character: nothing happens.
         w.log.clear();
+        // The sounds editor is hidden for a character; there is no sprites editor at all.
         w.ui->navigateTo(FileSounds, 0, 3, 0);
-        QCOMPARE(w.ui->currentEditorId(), int(FileStates));
-        QCOMPARE(w.log, QStringList());
-        // No editor of that kind at all.
         w.ui->navigateTo(FileSprites, 0, 3, 1);
+        QCOMPARE(w.ui->currentEditorId(), int(FileStates));
         QCOMPARE(w.log, QStringList());
     }
 
     void testRun_data()
     {
+        // Installations as "executable|template"; the chosen one when asked, -1 for none.
         QTest::addColumn<QStringList>("installations");
         QTest::addColumn<int>("choice");
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("message");
-        const QString warning = u"Oops, wrong parameters on the M.U.G.E.N. configuration. Check it in the Tools / Options."_s;
         QTest::newRow("no installation") << QStringList() << -1 << QStringList()
                                          << u"Oops, you need to configure a M.U.G.E.N. first. Do it in the Tools / Options."_s;
-        QTest::newRow("one installation, no question") << QStringList{u"engine|%0 kfm"_s} << -1 << words("ks3_0 kfm")
-                                                       << QString();
-        QTest::newRow("two, the second chosen") << QStringList{u"engine|%0 %0"_s, u"engine|%0 second"_s} << 1
-                                                << words("ks3_0 second") << QString();
-        QTest::newRow("two, none chosen") << QStringList{u"engine|%0 %0"_s, u"engine|%0"_s} << -1 << QStringList()
-                                          << QString();
-        QTest::newRow("no project in the template") << QStringList{u"engine|kfm kfm"_s} << -1 << QStringList()
-                                                    << warning;
+        QTest::newRow("one, no question") << QStringList{u"engine|%0 kfm"_s} << -1 << words("ks3_0 kfm") << QString();
+        QTest::newRow("two, the second chosen") << QStringList{u"engine|%0 %0"_s, u"engine|%0 two"_s} << 1
+                                                << words("ks3_0 two") << QString();
+        QTest::newRow("two, none chosen") << QStringList{u"engine|%0"_s, u"engine|%0"_s} << -1 << QStringList() << QString();
+        QTest::newRow("no project number") << QStringList{u"engine|kfm kfm"_s} << -1 << QStringList()
+                                           << u"Oops, wrong parameters on the M.U.G.E.N. configuration. Check it in the Tools / Options."_s;
         QTest::newRow("an engine that can't start") << QStringList{u"broken|%0"_s} << -1 << QStringList()
-                                                    << u"M.U.G.E.N. could not be started: "_s;
+                                                    << u"M.U.G.E.N. could not be started: "_s + path(u"mugen/broken"_s);
     }
 
     void testRun()
@@ -238,29 +206,24 @@ private Q_SLOTS:
         QFETCH(QString, message);
         QRecordingUserPrompt prompt;
         m_configuration.clear();
-        for (const QString &entry : installations) {
-            const QStringList fields = entry.split(QLatin1Char('|'));
-            m_configuration.add(fields.at(0), path(u"mugen/"_s + fields.at(0)), fields.at(1), QString());
-        }
-        QFile::remove(engineLog());
+        for (const QString &entry : installations)
+            m_configuration.add(u"m"_s, path(u"mugen/"_s + entry.section(u'|', 0, 0)), entry.section(u'|', 1), {});
+        QFile::remove(path(u"engine.log"_s));
         Window w;
         bool asked = false;
         w.ui->setMugenChooser([&](QString &exe, QString &params) {
             asked = true;
-            if (choice < 0)
-                return false;
-            exe = m_configuration.installation(choice).exe;
-            params = m_configuration.installation(choice).params;
-            return true;
+            exe = choice < 0 ? QString() : m_configuration.installation(choice).exe;
+            params = choice < 0 ? QString() : m_configuration.installation(choice).params;
+            return choice >= 0;
         });
         w.ui->fileRunMugen();
 
-        // Only a choice among several asks which.
         QCOMPARE(asked, installations.size() > 1);
         QCOMPARE(seen("arg "), arguments);
         QCOMPARE(w.ui->mugenDone(), !arguments.isEmpty());
         if (!arguments.isEmpty()) {
-            // The engine found the copy; the editor shows the project again.
+            // The engine found the copy; the editor shows the project again afterwards.
             QCOMPARE(seen("file "), words("chars/kfm/kfm.def chars/ks3_0/ks3_0.def"));
             QCOMPARE(w.log.mid(w.log.size() - 2), words("E0.deactivate E0.activate(1)"));
         }
