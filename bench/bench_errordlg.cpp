@@ -15,37 +15,37 @@ namespace {
 
 constexpr int MessageCount = 5000;
 
-/** A project's list with `MessageCount` messages of a state file, all severities. */
-struct Messages
+/** The window shown with a list of `MessageCount` messages of a state file, all severities. */
+struct Shown
 {
     QMessageList list;
     QMessages state{&list, FileStates};
+    ErrorDlg dialog;
 
-    Messages()
+    Shown()
     {
         state.begin();
         for (int i = 0; i < MessageCount; ++i)
             state.add(i % 3, QStringLiteral("Unknown parameter \"value%1\"").arg(i), i % 40, i);
         state.end();
+        dialog.setModel(&list);
+        dialog.show();
+        paint();
+    }
+    void paint()
+    {
+        dialog.listView()->viewport()->repaint();
+        QCoreApplication::processEvents();
     }
 };
 
-/** The dialog shown on the screen, once painted. */
-void paint(ErrorDlg &dialog)
-{
-    dialog.listView()->viewport()->repaint();
-    QCoreApplication::processEvents();
-}
-
 void BM_SetModel(benchmark::State &state)
 {
-    Messages messages;
-    ErrorDlg dialog;
-    dialog.show();
+    Shown shown;
     for (auto _ : state) {
-        dialog.setModel(nullptr);
-        dialog.setModel(&messages.list);
-        paint(dialog);
+        shown.dialog.setModel(nullptr);
+        shown.dialog.setModel(&shown.list);
+        shown.paint();
     }
 }
 BENCHMARK(BM_SetModel)->Unit(benchmark::kMillisecond);
@@ -53,16 +53,12 @@ BENCHMARK(BM_SetModel)->Unit(benchmark::kMillisecond);
 /** One page down each time, from the top to the bottom and round again. */
 void BM_ScrollPage(benchmark::State &state)
 {
-    Messages messages;
-    ErrorDlg dialog;
-    dialog.setModel(&messages.list);
-    dialog.show();
-    paint(dialog);
-    QScrollBar *bar = dialog.listView()->verticalScrollBar();
+    Shown shown;
+    QScrollBar *bar = shown.dialog.listView()->verticalScrollBar();
     for (auto _ : state) {
         const int next = bar->value() + bar->pageStep();
         bar->setValue(next > bar->maximum() ? 0 : next);
-        paint(dialog);
+        shown.paint();
     }
 }
 BENCHMARK(BM_ScrollPage)->Unit(benchmark::kMillisecond);
@@ -70,14 +66,10 @@ BENCHMARK(BM_ScrollPage)->Unit(benchmark::kMillisecond);
 /** What every check of a document costs the open window: all rows out and in again. */
 void BM_UpdateWhileShown(benchmark::State &state)
 {
-    Messages messages;
-    ErrorDlg dialog;
-    dialog.setModel(&messages.list);
-    dialog.show();
-    paint(dialog);
+    Shown shown;
     for (auto _ : state) {
-        messages.list.update();
-        paint(dialog);
+        shown.list.update();
+        shown.paint();
     }
 }
 BENCHMARK(BM_UpdateWhileShown)->Unit(benchmark::kMillisecond);
