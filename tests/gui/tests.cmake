@@ -21,9 +21,9 @@ kestrada_add_gui_test(qactionmanager)
 kestrada_add_gui_test(frame)
 kestrada_add_gui_test(appearance)
 kestrada_add_gui_test(appdata)
+add_dependencies(tst_appdata kestrada-data)
 kestrada_add_gui_test(errordlg)
 add_dependencies(tst_errordlg fakeengine)
-add_dependencies(tst_appdata kestrada-data)
 
 # The frame with stand-in editors, to look at and to drive by hand.
 add_executable(kestrada-framedemo "${CMAKE_CURRENT_LIST_DIR}/framedemo.cpp" "${CMAKE_CURRENT_LIST_DIR}/logeditor.h")

@@ -95,7 +95,6 @@ void QInterface::navigateTo(QProjectFileType file, int fileIndex, int index, int
         }
         if (!switchAction || !switchAction->isVisible())
             continue;
-        switchAction->setChecked(true);
         makeCurrent(editor->id());
         editor->navigate(fileIndex, index, line);
         return;
@@ -124,8 +123,13 @@ void QInterface::fileRunMugen()
         exe = dialog.exe();
         params = dialog.params();
     }
-    if (exe.isEmpty())
+    // An installation without a program would have its copies written
+    // wherever this process stands.
+    if (exe.isEmpty()) {
+        userPrompt->warning(tr("Warning!"), tr("Oops, wrong parameters on the M.U.G.E.N. configuration. "
+                                               "Check it in the Tools / Options."));
         return;
+    }
 
     if (!m_mugenRun) {
         m_mugenRun = new QMugenRun(this);
