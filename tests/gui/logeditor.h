@@ -115,6 +115,10 @@ public:
     void setProject(QProject *) override { say(QStringLiteral("setProject")); }
     int titleId() const override { return 221; }
     void retranslate(QTranslationUnit *) override {}
+    void navigate(int fileIndex, int index, int line) override
+    {
+        say(QStringLiteral("navigate(%1,%2,%3)").arg(fileIndex).arg(index).arg(line));
+    }
 
     void clear() override { ensureCurrent(); }
     void open() override {}

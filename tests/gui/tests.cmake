@@ -23,6 +23,8 @@ kestrada_add_gui_test(appearance)
 kestrada_add_gui_test(appdata)
 kestrada_add_gui_test(qsoundseditor)
 add_dependencies(tst_appdata kestrada-data)
+kestrada_add_gui_test(errordlg)
+add_dependencies(tst_errordlg fakeengine)
 
 # The frame with stand-in editors, to look at and to drive by hand.
 add_executable(kestrada-framedemo "${CMAKE_CURRENT_LIST_DIR}/framedemo.cpp" "${CMAKE_CURRENT_LIST_DIR}/logeditor.h")

@@ -170,7 +170,8 @@ bool QMugenRun::run(const QString &exe, const QString &params, const QList<QProj
     return m_error.isEmpty();
 }
 
-void QMugenRun::mugenFinished(int)
+void QMugenRun::mugenFinished(int exitCode)
 {
     m_mugenDone = true;
+    Q_EMIT engineFinished(exitCode);
 }

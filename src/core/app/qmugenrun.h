@@ -85,6 +85,8 @@ Q_SIGNALS:
     /** A copy of `project` is about to be written; its progress() reports on it until saveFinished(). */
     void saveStarted(QProject *project);
     void saveFinished(QProject *project);
+    /** The engine of the run under way ended, with `exitCode`; the run returns right after. */
+    void engineFinished(int exitCode);
 
 private Q_SLOTS:
     /** The engine ended; its exit code means nothing to a test run. */

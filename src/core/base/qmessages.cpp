@@ -185,12 +185,14 @@ QVariant QMessageList::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return displayText(m, fileIndex);
-    case Qt::DecorationRole:
-        if (m.severity == 1)
-            return QIcon(QStringLiteral(":/imgs/Imgs/warn.png"));
-        if (m.severity == 2)
-            return QIcon(QStringLiteral(":/imgs/Imgs/info.png"));
-        return QIcon(QStringLiteral(":/imgs/Imgs/error.png"));
+    case Qt::DecorationRole: {
+        // Made once: an icon made from its file reads that file again, and
+        // a view asks for every row it paints.
+        static const QIcon warning(QStringLiteral(":/imgs/Imgs/warn.png"));
+        static const QIcon information(QStringLiteral(":/imgs/Imgs/info.png"));
+        static const QIcon error(QStringLiteral(":/imgs/Imgs/error.png"));
+        return m.severity == 1 ? warning : m.severity == 2 ? information : error;
+    }
     }
     return QVariant();
 }

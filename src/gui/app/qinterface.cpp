@@ -91,6 +91,7 @@ QInterface::QInterface(QMainWindow *mainWindow, QDockWidget *actionsDock, QListV
 {
     buildFrame();
     createActions();
+    setupCheck();
     retranslate();
 }
 

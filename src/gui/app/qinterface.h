@@ -10,6 +10,8 @@
 #include <QObject>
 #include <QToolBar>
 
+#include <functional>
+
 class QActionGroup;
 class QDockWidget;
 class QInterfaceControl;
@@ -56,6 +58,9 @@ public:
      */
     void showLayout(const QToolbarLayout &layout, bool replace);
 };
+
+class ErrorDlg;
+class QMugenRun;
 
 /**
  * The controller behind the main window. It owns the open projects, one tab
@@ -235,6 +240,44 @@ private:
     QMap<int, QInterfaceWorkspace *> m_workspaces;
     QMap<QString, QInterfaceControl *> m_controls;
     QMetaObject::Connection m_statusClick;
+
+    // The check messages and the test run, in qinterfacecheck.cpp.
+public:
+    /** The Issues window; null until it was first shown. */
+    ErrorDlg *errorDialog() const { return m_errorDlg; }
+    /** Whether the engine of the last test run has ended. */
+    bool mugenDone() const { return m_mugenDone; }
+    /**
+     * How a test run chooses among several installations: fills `exe` and
+     * `params` and returns true, or false to run nothing. MugRunDlg unless
+     * another is set; tests choose here.
+     */
+    using MugenChooser = std::function<bool(QString &exe, QString &params)>;
+    void setMugenChooser(MugenChooser chooser) { m_mugenChooser = std::move(chooser); }
+
+public Q_SLOTS:
+    /** Shows the Issues window, made at the first call. */
+    void fileCheck();
+    /** The check label shows the totals of the current project's messages. */
+    void updateErrorStatus();
+    /** Makes the visible editor of `file` current and shows the place there; nothing when there is none. */
+    void navigateTo(QProjectFileType file, int fileIndex, int index, int line);
+    /** Tries the current project, and the others the template names, in an engine. */
+    void fileRunMugen();
+    /** The engine of a test run ended; its code means nothing. */
+    void mugenFinished(int exitCode);
+
+private:
+    /** Connects the check label, and follows the current project's messages; once, at construction. */
+    void setupCheck();
+    /** The current project's messages now drive the check label and the Issues window. */
+    void followMessages();
+
+    ErrorDlg *m_errorDlg = nullptr;
+    QMetaObject::Connection m_messagesUpdated;
+    QMugenRun *m_mugenRun = nullptr;
+    MugenChooser m_mugenChooser;
+    bool m_mugenDone = false;
 };
 
 /** The one interface of the program; null while the palette editor runs alone. */
