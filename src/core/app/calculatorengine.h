@@ -51,25 +51,26 @@ public:
 
     /** What the line shows: the last result, or what is being typed. */
     const QString &line() const { return m_line; }
-    const QString &display() const { return m_display; }
-    const QString &result() const { return m_result; }
-    const QString &pendingOperator() const { return m_operator; }
-    double firstOperand() const { return m_first; }
 
     /**
      * `value` rounded half up to a 32-bit integer: -0.5 gives 0, 2.5 gives
      * 3. Values beyond the range give its ends, and NaN gives 0.
      */
     static int32_t toInt32(double value);
+
+private:
     /** `text` as a number in the C locale, "," taken as the point; 0 when it is none. */
     static double toDouble(const QString &text);
     /** How results are shown: format 'g', 6 significant digits. */
     static QString format(double value);
 
-private:
+    /** The text of the pending operator's button, or empty. */
     QString m_operator;
+    /** The last result; while there is one, the next digit starts afresh. */
     QString m_result;
+    /** What is being typed. */
     QString m_display = QStringLiteral("0");
     QString m_line = QStringLiteral("0");
+    /** The left operand of the pending operator. */
     double m_first = 0;
 };

@@ -23,7 +23,6 @@ class Calculator : public QWidget
 public:
     explicit Calculator(QWidget *parent = nullptr);
 
-    const CalculatorEngine &engine() const { return m_engine; }
     /** The line that shows the value. */
     QLineEdit *line() const { return m_line; }
 
