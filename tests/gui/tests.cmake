@@ -1,6 +1,8 @@
 kestrada_add_gui_test(startup)
 kestrada_add_gui_test(qinterface)
 kestrada_add_gui_test(qprogress)
+kestrada_add_gui_test(calculator)
+kestrada_add_gui_test(helpmenu)
 
 # Two real instances of the program: the second hands a file over and ends.
 kestrada_add_test(handover_processes LIBS kestrada-core LABELS gui)

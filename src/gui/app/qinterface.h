@@ -183,6 +183,16 @@ public Q_SLOTS:
     /** Every text of the frame again, in the current language. */
     void retranslate();
 
+    // The Help menu, defined in qinterfacehelp.cpp.
+    /**
+     * Opens docs/<language>/index.html beside the program in the web
+     * browser, the English page when the language has none; a warning
+     * when there is no page or nothing could open it.
+     */
+    void helpRefDocs();
+    /** Shows the About box. */
+    void helpAbout();
+
 Q_SIGNALS:
     /** The list of projects or the current one changed. */
     void projectsChanged();
