@@ -178,6 +178,9 @@ public Q_SLOTS:
     /** Every text of the frame again, in the current language. */
     void retranslate();
 
+    /** Runs the options; each "Apply" there applies the configuration here. */
+    void toolsOptions();
+
 Q_SIGNALS:
     /** The list of projects or the current one changed. */
     void projectsChanged();
