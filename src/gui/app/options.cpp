@@ -186,8 +186,14 @@ QWidget *Options::buildGeneral()
     button(QStringLiteral("mugenRemove"), tr("Remove"), &Options::removeMugen);
     button(QStringLiteral("mugenEdit"), tr("Edit"), &Options::editMugen);
     button(QStringLiteral("mugenClear"), tr("Clear"), &Options::clearMugens);
-    button(QStringLiteral("mugenUp"), QString(), &Options::moveMugenUp)->setArrowType(Qt::UpArrow);
-    button(QStringLiteral("mugenDown"), QString(), &Options::moveMugenDown)->setArrowType(Qt::DownArrow);
+    QToolButton *up = button(QStringLiteral("mugenUp"), tr("Move up"), &Options::moveMugenUp);
+    QToolButton *down = button(QStringLiteral("mugenDown"), tr("Move down"), &Options::moveMugenDown);
+    up->setArrowType(Qt::UpArrow);
+    down->setArrowType(Qt::DownArrow);
+    for (QToolButton *arrow : {up, down}) {
+        arrow->setToolTip(arrow->text());
+        arrow->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    }
     buttons->addStretch(1);
     auto *engineLayout = new QHBoxLayout(engines);
     engineLayout->addWidget(m_mugens, 1);
@@ -311,7 +317,7 @@ QWidget *Options::buildImage()
     auto *form = new QFormLayout;
     m_crosshair = choice(QStringLiteral("crosshair_type"), {{tr("Default"), 0}, {tr("Modern"), 1}, {tr("Custom"), 2}});
     connect(m_crosshair, &QComboBox::currentIndexChanged, this, &Options::updateEnabled);
-    form->addRow(tr("Crosshair:"), m_crosshair);
+    form->addRow(tr("Crosshair:"), row({m_crosshair}, true));
     const QString crosshairTitle = tr("Crosshair image");
     m_crosshairFiles = {imageFile(QStringLiteral("crosshair_sprite"), crosshairTitle),
                         imageFile(QStringLiteral("crosshair_animation"), crosshairTitle),
@@ -340,11 +346,13 @@ QWidget *Options::buildImage()
     form->addRow(QString(), m_backgroundFile);
 
     // The zoom table's rows: 1 goes up to the larger factors, 0 to 4X.
-    form->addRow(tr("Zoom mode:"), choice(QStringLiteral("zoom_mode"),
-                                          {{tr("Large range (up to 8X)"), 1}, {tr("Small range (up to 4X)"), 0}}));
+    form->addRow(tr("Zoom mode:"), row({choice(QStringLiteral("zoom_mode"), {{tr("Large range (up to 8X)"), 1},
+                                                                             {tr("Small range (up to 4X)"), 0}})},
+                                       true));
     // 1 keeps the middle of the work area in place while zooming; anything else keeps the axis.
-    form->addRow(tr("Center of zoom:"), choice(QStringLiteral("zoom_center"),
-                                               {{tr("Center of workspace"), 1}, {tr("Sprite's axis"), 0}}));
+    form->addRow(tr("Center of zoom:"), row({choice(QStringLiteral("zoom_center"), {{tr("Center of workspace"), 1},
+                                                                                  {tr("Sprite's axis"), 0}})},
+                                            true));
     form->addRow(tr("CLSN opacity:"), row({number(QStringLiteral("clsn_opacity"), 0, 100, QStringLiteral(" %"))}, true));
     layout->addLayout(form);
     layout->addStretch(1);
