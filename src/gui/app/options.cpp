@@ -75,6 +75,9 @@ QWidget *QShortcutDelegate::createEditor(QWidget *parent, const QStyleOptionView
     // rather than waiting for the focus to leave.
     connect(editor, &QKeySequenceEdit::editingFinished, this, [this, editor] {
         auto *self = const_cast<QShortcutDelegate *>(this);
+        // A conflict's warning takes the focus: the view would see that as
+        // leaving the editor and commit the same keys, and warn, once more.
+        editor->removeEventFilter(self);
         Q_EMIT self->commitData(editor);
         Q_EMIT self->closeEditor(editor);
     });
@@ -213,7 +216,7 @@ QWidget *Options::buildGeneral()
                               {{tr("Hard disk (low memory usage)"), 1}, {tr("Memory (maximum speed)"), 0}});
     form->addRow(tr("Cache:"), row({cache, check(QStringLiteral("cache_compression"), tr("Enable compression"))}));
 
-    m_language = names(QStringLiteral("language"), QStringList());
+    m_language = nameChoice(QStringLiteral("language"), QStringList());
     if (languages) {
         for (int i = 0; i < languages->rowCount(); ++i)
             m_language->addItem(languages->entry(i).name, languages->entry(i).code);
@@ -234,10 +237,11 @@ QWidget *Options::buildInterface()
     auto *layout = new QVBoxLayout(page);
     auto *form = new QFormLayout;
     const QString fromPreset = tr("From the preset");
-    m_preset = names(QStringLiteral("preset"), presets ? presets->names() : QStringList());
-    m_iconset = names(QStringLiteral("iconset"), iconsets ? iconsets->names() : QStringList(), fromPreset);
-    m_stylesheet = names(QStringLiteral("stylesheet"), stylesheets ? stylesheets->names() : QStringList(), fromPreset);
-    m_colorset = names(QStringLiteral("colorset"), colorsets ? colorsets->names() : QStringList(), fromPreset);
+    m_preset = nameChoice(QStringLiteral("preset"), presets ? presets->names() : QStringList());
+    m_iconset = nameChoice(QStringLiteral("iconset"), iconsets ? iconsets->names() : QStringList(), fromPreset);
+    m_stylesheet = nameChoice(QStringLiteral("stylesheet"), stylesheets ? stylesheets->names() : QStringList(),
+                              fromPreset);
+    m_colorset = nameChoice(QStringLiteral("colorset"), colorsets ? colorsets->names() : QStringList(), fromPreset);
     connect(m_preset, &QComboBox::currentIndexChanged, this, &Options::presetChosen);
     connect(m_colorset, &QComboBox::currentIndexChanged, this, &Options::colorsetChosen);
     form->addRow(tr("Preset:"), m_preset);
@@ -427,7 +431,7 @@ QComboBox *Options::choice(const QString &key, const QList<QPair<QString, int>> 
     return combo;
 }
 
-QComboBox *Options::names(const QString &key, const QStringList &names, const QString &fromPreset)
+QComboBox *Options::nameChoice(const QString &key, const QStringList &names, const QString &fromPreset)
 {
     auto *combo = new QComboBox;
     combo->setObjectName(key);

@@ -124,7 +124,7 @@ private:
     /** A combo of fixed choices, each with the value it stands for. */
     QComboBox *choice(const QString &key, const QList<QPair<QString, int>> &items);
     /** A combo of names; `fromPreset`, when given, is the item of an empty name. */
-    QComboBox *names(const QString &key, const QStringList &names, const QString &fromPreset = QString());
+    QComboBox *nameChoice(const QString &key, const QStringList &names, const QString &fromPreset = QString());
     /** A file name with a button that asks for an image. */
     QWidget *imageFile(const QString &key, const QString &title);
 
