@@ -75,8 +75,10 @@ QWidget *QShortcutDelegate::createEditor(QWidget *parent, const QStyleOptionView
     // rather than waiting for the focus to leave.
     connect(editor, &QKeySequenceEdit::editingFinished, this, [this, editor] {
         auto *self = const_cast<QShortcutDelegate *>(this);
-        // A conflict's warning takes the focus: the view would see that as
-        // leaving the editor and commit the same keys, and warn, once more.
+        // Once only. A conflict's warning takes the focus, and so does the
+        // view when the editor closes: the view and the editor would both
+        // take that for the end of another edit, and commit the keys again.
+        disconnect(editor, &QKeySequenceEdit::editingFinished, self, nullptr);
         editor->removeEventFilter(self);
         Q_EMIT self->commitData(editor);
         Q_EMIT self->closeEditor(editor);
