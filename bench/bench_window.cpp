@@ -6,8 +6,11 @@
 // not counted.
 #include "benchsupport.h"
 
+#include "core/base/apppaths.h"
+#include "core/base/qcodepages.h"
 #include "core/base/qmugenmodel.h"
 #include "gui/app/mainwindow.h"
+#include "gui/app/options.h"
 #include "gui/app/qinterface.h"
 #include "gui/app/startup.h"
 
@@ -49,6 +52,31 @@ void BM_ApplyConfig(benchmark::State &state)
     }
 }
 BENCHMARK(BM_ApplyConfig)->Unit(benchmark::kMillisecond);
+
+/**
+ * "Options..." to the dialog shown and painted, with the program's data:
+ * presets, colorsets, languages, every code page, every command in the
+ * shortcut table.
+ */
+void BM_OpenOptions(benchmark::State &state)
+{
+    ProcessManagers managers(application);
+    buildCodecNames();
+    MainWindow window(false);
+    window.show();
+    QCoreApplication::processEvents();
+    for (auto _ : state) {
+        Options options(applicationDir(), &mainInterface->actions(), &window);
+        options.show();
+        QCoreApplication::processEvents();
+        benchmark::DoNotOptimize(options.grab());
+        state.PauseTiming();
+        options.hide();
+        QCoreApplication::processEvents();
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BM_OpenOptions)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

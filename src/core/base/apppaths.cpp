@@ -32,7 +32,12 @@ bool besideExecutableWritable(const QString &path)
 
 QString settingsFileForWrite(const QString &name)
 {
-    const QString beside = applicationDir() + QLatin1Char('/') + name;
+    return settingsFileForWrite(name, applicationDir());
+}
+
+QString settingsFileForWrite(const QString &name, const QString &programDir)
+{
+    const QString beside = programDir + QLatin1Char('/') + name;
     if (besideExecutableWritable(beside))
         return beside;
     const QString dir = userConfigDir();

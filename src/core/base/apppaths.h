@@ -18,6 +18,8 @@ QString applicationDir();
  */
 QString settingsFileForWrite(const QString &name);
 QString settingsFileForRead(const QString &name);
+/** The same for a program that stands in `programDir` (the options of a copy in another folder, tests). */
+QString settingsFileForWrite(const QString &name, const QString &programDir);
 
 /**
  * The user's own copy of a data folder ("presets", "colorsets"...), in the

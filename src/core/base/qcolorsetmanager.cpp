@@ -44,13 +44,6 @@ const Known known[QColorsetManager::Count] = {
     {"clsn2def", QT_TRANSLATE_NOOP("QColorsetManager", "CLSN 2 Default")},
 };
 
-/** Highlights and ranges are plain backgrounds: they have no weight or slant. */
-bool hasFontStyle(int index)
-{
-    const QString name = QLatin1String(known[index].name);
-    return name != QLatin1String("line") && !name.endsWith(QLatin1String("_range"));
-}
-
 } // namespace
 
 QColorsetManager::QColorsetManager(const QDataFolder &folder, QObject *parent)
@@ -66,6 +59,14 @@ void QColorsetManager::scan()
     m_names = m_folder.fileNames(QStringLiteral(".xml"));
     m_names.removeAll(customName());
     m_names.prepend(customName());
+}
+
+bool QColorsetManager::hasFontStyle(int index)
+{
+    if (index < 0 || index >= Count)
+        return false;
+    const QString name = QLatin1String(known[index].name);
+    return name != QLatin1String("line") && !name.endsWith(QLatin1String("_range"));
 }
 
 QColorsetManager::Entry QColorsetManager::defaultEntry(int index)

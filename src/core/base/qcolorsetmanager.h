@@ -62,6 +62,8 @@ public:
     static QString name(int index);
     /** The label of a colour in the options ("Block header"), translated. */
     static QString label(int index);
+    /** Whether the colour `index` has a weight and a slant: highlights and ranges are plain backgrounds. */
+    static bool hasFontStyle(int index);
     /** The colour every colorset starts from. */
     static Entry defaultEntry(int index);
 

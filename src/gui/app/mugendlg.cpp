@@ -1,8 +1,9 @@
 #include "mugendlg.h"
 
+#include "core/base/quserdialogs.h"
+
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -105,17 +106,16 @@ void MugenDlg::browseExe()
     // Engines built for this system, such as Ikemen GO's, have no ".exe".
     filter += QStringLiteral(";;") + tr("All files (*)");
 #endif
-    const QString name = QFileDialog::getOpenFileName(this, tr("M.U.G.E.N. executable"),
-                                                      QFileInfo(m_exe->text()).absolutePath(), filter);
+    const QString name = userDialogs->openFileName(tr("M.U.G.E.N. executable"),
+                                                   QFileInfo(m_exe->text()).absolutePath(), filter);
     if (!name.isEmpty())
         m_exe->setText(name);
 }
 
 void MugenDlg::browseIcon()
 {
-    const QString name = QFileDialog::getOpenFileName(this, tr("M.U.G.E.N. icon"),
-                                                      QFileInfo(m_icon->text()).absolutePath(),
-                                                      tr("Portable Network Graphic (*.png)"));
+    const QString name = userDialogs->openFileName(tr("M.U.G.E.N. icon"), QFileInfo(m_icon->text()).absolutePath(),
+                                                   tr("Portable Network Graphic (*.png)"));
     if (!name.isEmpty())
         m_icon->setText(name);
 }

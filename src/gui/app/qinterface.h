@@ -192,6 +192,8 @@ public Q_SLOTS:
     void helpRefDocs();
     /** Shows the About box. */
     void helpAbout();
+    /** Runs the options; each "Apply" there applies the configuration here. */
+    void toolsOptions();
 
 Q_SIGNALS:
     /** The list of projects or the current one changed. */

@@ -91,6 +91,12 @@ void applyMetric(QPanelWidget *panel, const QString &text, const QPresetManager 
     panel->setTitleArea(preset.scale(match.captured(2).toInt()), preset.scale(match.captured(3).toInt()));
 }
 
+/** The name of a look that a preset's root names, "Classic" when it names none. */
+QString lookOf(const QDomElement &root, const char *attribute)
+{
+    return root.attribute(QLatin1String(attribute), QStringLiteral("Classic"));
+}
+
 } // namespace
 
 QPresetManager::QPresetManager(const QDataFolder &folder)
@@ -102,6 +108,19 @@ QPresetManager::QPresetManager(const QDataFolder &folder)
 int QPresetManager::scale(int value) const
 {
     return value * m_dpi / 96;
+}
+
+bool QPresetManager::looks(const QString &preset, QString &stylesheet, QString &iconset, QString &colorset) const
+{
+    QDomDocument document;
+    const QDomElement root = readXmlRoot(document, m_folder.find(preset + QLatin1String(".xml")),
+                                         QStringLiteral("preset"));
+    if (root.isNull())
+        return false;
+    stylesheet = lookOf(root, "stylesheet");
+    iconset = lookOf(root, "iconset");
+    colorset = lookOf(root, "colorset");
+    return true;
 }
 
 void QPresetManager::load(const QString &preset, const QString &iconset, const QString &stylesheet,
@@ -116,7 +135,7 @@ void QPresetManager::load(const QString &preset, const QString &iconset, const Q
     if (root.isNull())
         return;
     auto chosen = [&root](const QString &given, const char *attribute) {
-        return given.isEmpty() ? root.attribute(QLatin1String(attribute), QStringLiteral("Classic")) : given;
+        return given.isEmpty() ? lookOf(root, attribute) : given;
     };
     if (stylesheets)
         stylesheets->load(chosen(stylesheet, "stylesheet"));

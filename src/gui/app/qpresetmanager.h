@@ -28,6 +28,13 @@ public:
      * its own) only the looks are applied.
      */
     void load(const QString &preset, const QString &iconset, const QString &stylesheet, const QString &colorset);
+    /**
+     * The stylesheet, iconset and colorset that the preset `preset` brings,
+     * "Classic" for those it doesn't name: what load() uses when the
+     * configuration names none. False, leaving the three as they were, when
+     * the preset can't be read.
+     */
+    bool looks(const QString &preset, QString &stylesheet, QString &iconset, QString &colorset) const;
     /** `value` in pixels at 96 dots per inch, for the screen of the last load. */
     int scale(int value) const;
 
