@@ -7,6 +7,7 @@
 #include "core/base/quserdialogs.h"
 #include "core/base/quserprompt.h"
 #include "core/sprites/qrgbpalette.h"
+#include "core/sprites/qspritepalette.h"
 #include "core/sprites/qsprites.h"
 #include "core/text/qcommands.h"
 #include "core/text/qdefinitions.h"
@@ -228,6 +229,69 @@ private Q_SLOTS:
             QCOMPARE(TestSupport::readFile(out + QStringLiteral("/a%1.act").arg(n)),
                      TestSupport::readFile(corpus(QStringLiteral("webmugen/public/chars/kfm/") + pals.at(n - 1))));
         QVERIFY(!ui->currentProject()->sprites()->isModified());
+    }
+
+    void commandsOfTheProjectMenu()
+    {
+        const QString def = corpus(QStringLiteral("webmugen/public/chars/kfm/kfm.def"));
+        if (!QFileInfo::exists(def))
+            QSKIP("no corpus");
+        MainWindow window(false);
+        QInterface *ui = mainInterface;
+        QActionManager &actions = ui->actions();
+        Script script;
+        const QString copy = copyOf(QStringLiteral("webmugen/public/chars/kfm/kfm.def"));
+        script.QRecordingUserDialogs::answer({copy});
+        actions.action(QStringLiteral("file_open"))->trigger();
+        QCOMPARE(script.QRecordingUserDialogs::calls.last().title, QStringLiteral("Open project"));
+        QCOMPARE(script.QRecordingUserDialogs::calls.last().filter, QStringLiteral("Definitions (*.def)"));
+        QCOMPARE(ui->history()->entries().first(), copy);
+        QCOMPARE(m_configuration.config.value(QStringLiteral("proj_path")).toString(), QFileInfo(copy).absolutePath());
+        // Save: only the palette question of a SFF 1.01 character, under "Save as...".
+        QProject *kfm = ui->currentProject();
+        QSpritePalette *second = kfm->sprites()->paletteAt(kfm->sprites()->findPalette(0, 1, 2));
+        QList<QRgb> changed = second->colors();
+        changed[5] ^= 0xff;
+        second->setColors(changed, NoShare);
+        script.log.clear();
+        script.QRecordingUserPrompt::answer({true});
+        actions.action(QStringLiteral("file_save"))->trigger();
+        QCOMPARE(script.log, QStringList{QStringLiteral("? Save as...")});
+        // Palette 2 of the DEF is kfm4.act: written from memory.
+        QVERIFY(TestSupport::readFile(QFileInfo(copy).dir().filePath(QStringLiteral("kfm4.act")))
+                != TestSupport::readFile(corpus(QStringLiteral("webmugen/public/chars/kfm/kfm4.act"))));
+        m_configuration.config[QStringLiteral("ask_save_palettes")] = false;
+        script.log.clear();
+        actions.action(QStringLiteral("file_save"))->trigger();
+        QVERIFY(script.log.isEmpty());
+        m_configuration.config[QStringLiteral("ask_save_palettes")] = true;
+
+        actions.action(QStringLiteral("tools_export_html"))->trigger();
+        QVERIFY(!script.QRecordingUserPrompt::calls.last().text.contains(QStringLiteral("only characters")));
+        ui->openProject(corpus(QStringLiteral("elecbyte-mugen10/stages/kfm.def")));
+        actions.action(QStringLiteral("tools_export_html"))->trigger();
+        QCOMPARE(script.QRecordingUserPrompt::calls.last().text, QStringLiteral("You can export only characters as HTML!"));
+        actions.action(QStringLiteral("file_new"))->trigger();
+        QCOMPARE(ui->tabBar()->tabText(2), QStringLiteral("Project 2"));
+        QVERIFY(!actions.action(QStringLiteral("tools_script_editor"))->isVisible());
+        actions.action(QStringLiteral("file_close_others"))->trigger();
+        QCOMPARE(ui->projects().size(), 1);
+        QVERIFY(ui->currentProject()->isBlank());
+        actions.action(QStringLiteral("file_close"))->trigger();
+        QCOMPARE(ui->tabBar()->tabText(0), QStringLiteral("Project 3"));
+
+        // A character's sprite file without a palette: warned, then a palette file is asked for.
+        const QString act = corpus(QStringLiteral("webmugen/public/chars/kfm/kfm.act"));
+        script.QRecordingUserDialogs::answer({act});
+        QRGBPal colors;
+        ui->charPalette(&colors);
+        QCOMPARE(script.QRecordingUserPrompt::calls.last().title, QStringLiteral("Palette warning!"));
+        QCOMPARE(script.QRecordingUserDialogs::calls.last().title, QStringLiteral("Open palette"));
+        QRGBPal expected;
+        QVERIFY(QRGBPalette(&expected).fromFile(act));
+        const QByteArray read(reinterpret_cast<const char *>(colors.bytes()), 1024);
+        QCOMPARE(read, QByteArray(reinterpret_cast<const char *>(expected.bytes()), 1024));
+        QVERIFY(read.count('\0') < 1000);
     }
 
     void failuresSayWhatAndLoseNothing()
