@@ -149,11 +149,26 @@ private Q_SLOTS:
                  words("tools_options tools_export_html tools_script_editor"));
         QCOMPARE(entries(ui, window.menuHelp), words("ref_docs help_about"));
         QCOMPARE(ui->history()->entries().isEmpty(), !window.findChild<QMenu *>(QStringLiteral("menuRecent"))->isEnabled());
-        // The tool windows' commands show them once they exist.
+    }
+
+    void toolWindowsKeepTheirPlace()
+    {
         QWidget calculator;
-        ui->setToolWindow(QStringLiteral("calculator"), &calculator);
-        ui->actions().action(QStringLiteral("view_calculator"))->trigger();
+        {
+            MainWindow window(false);
+            mainInterface->setToolWindow(QStringLiteral("calculator"), &calculator);
+            mainInterface->actions().action(QStringLiteral("view_calculator"))->trigger();
+            QVERIFY(calculator.isVisible());
+            calculator.move(70, 80);
+        }
+        QCOMPARE(m_configuration.config.value(QStringLiteral("show_calculator")).toBool(), true);
+        QCOMPARE(m_configuration.config.value(QStringLiteral("show_clipboard")).toBool(), false);
+        calculator.hide();
+        calculator.move(0, 0);
+        MainWindow window(false);
+        mainInterface->setToolWindow(QStringLiteral("calculator"), &calculator);
         QVERIFY(calculator.isVisible());
+        QCOMPARE(calculator.pos(), QPoint(70, 80));
     }
 
     void projectLine_data()
