@@ -163,24 +163,25 @@ void QInterface::fileOpen()
 void QInterface::openProject(const QString &fileName)
 {
     QProject *project = createProject();
+    bool loaded = false;
     {
         QProgress progress(m_mainWindow, tr("Loading project..."));
         connect(project, &QProject::progress, &progress, &QProgress::onProgress);
         connect(project->sprites(), &QSprites::progress, &progress, DocumentProgress(&progress));
         connect(project->sounds(), &QSounds::progress, &progress, DocumentProgress(&progress));
         m_loading = project;
-        const bool loaded = project->fromFile(fileName, config("default_codepage").toInt(),
-                                              config("backup_onload").toBool(), false);
+        loaded = project->fromFile(fileName, config("default_codepage").toInt(), config("backup_onload").toBool(),
+                                   false);
         m_loading = nullptr;
-        if (!loaded) {
-            delete project;
-            const QString shown = QDir::toNativeSeparators(fileName);
-            userPrompt->critical(tr("Open project"),
-                                 QFileInfo::exists(fileName)
-                                     ? tr("The file '%1' can't be read: the project can't be opened.").arg(shown)
-                                     : tr("The file '%1' doesn't exist: the project can't be opened.").arg(shown));
-            return;
-        }
+    }
+    if (!loaded) {
+        delete project;
+        const QString shown = QDir::toNativeSeparators(fileName);
+        userPrompt->critical(tr("Open project"),
+                             QFileInfo::exists(fileName)
+                                 ? tr("The file '%1' can't be read: the project can't be opened.").arg(shown)
+                                 : tr("The file '%1' doesn't exist: the project can't be opened.").arg(shown));
+        return;
     }
     addProject(project);
     m_history->add(QFileInfo(fileName).absoluteFilePath());
