@@ -148,7 +148,6 @@ private Q_SLOTS:
         QCOMPARE(entries(ui, window.menuTools),
                  words("tools_options tools_export_html tools_script_editor"));
         QCOMPARE(entries(ui, window.menuHelp), words("ref_docs help_about"));
-        QCOMPARE(ui->history()->entries().isEmpty(), !window.findChild<QMenu *>(QStringLiteral("menuRecent"))->isEnabled());
     }
 
     void toolWindowsKeepTheirPlace()
