@@ -23,6 +23,9 @@ int main(int argc, char **argv)
     QGuiUserPrompt prompt;
     QUserPrompt *previous = userPrompt;
     userPrompt = &prompt;
+    QGuiUserDialogs dialogs;
+    QUserDialogs *previousDialogs = userDialogs;
+    userDialogs = &dialogs;
     ProcessManagers managers(&application);
     buildCodecNames();
 
@@ -42,6 +45,7 @@ int main(int argc, char **argv)
         scheduleGrab(&window);
         code = QApplication::exec();
     }
+    userDialogs = previousDialogs;
     userPrompt = previous;
     return code;
 }

@@ -27,6 +27,8 @@ kestrada_add_gui_test(qsoundseditor)
 add_dependencies(tst_appdata kestrada-data)
 kestrada_add_gui_test(errordlg)
 add_dependencies(tst_errordlg fakeengine)
+kestrada_add_gui_test(mainwindow)
+add_dependencies(tst_mainwindow kestrada-data)
 
 # The frame with stand-in editors, to look at and to drive by hand.
 add_executable(kestrada-framedemo "${CMAKE_CURRENT_LIST_DIR}/framedemo.cpp" "${CMAKE_CURRENT_LIST_DIR}/logeditor.h")

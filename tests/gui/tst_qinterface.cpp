@@ -72,11 +72,12 @@ private Q_SLOTS:
         QCOMPARE(interface.projects().size(), 1);
         QCOMPARE(interface.projects().first()->definitions()->fileName(), QFileInfo(def).absoluteFilePath());
         QCOMPARE(m_configuration.config.value(QStringLiteral("proj_path")).toString(), QFileInfo(def).absolutePath());
-        // A DEF that can't be read opens nothing, and says nothing.
+        // A DEF that can't be read opens nothing, and says why.
         QRecordingUserPrompt prompt;
         interface.openProject(m_temp.filePath(QStringLiteral("missing.def")));
         QCOMPARE(interface.projects().size(), 1);
-        QVERIFY(prompt.calls.isEmpty());
+        QCOMPARE(prompt.calls.size(), 1);
+        QCOMPARE(prompt.calls.first().kind, QRecordingUserPrompt::Critical);
     }
 
     void documentsGoIntoTheLastProject()

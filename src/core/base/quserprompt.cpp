@@ -75,6 +75,12 @@ bool QRecordingUserPrompt::question(const QString &title, const QString &text, b
     return m_answers.isEmpty() ? defaultYes : m_answers.takeFirst();
 }
 
+bool QRecordingUserPrompt::warningQuestion(const QString &title, const QString &text, bool defaultYes)
+{
+    calls.append({WarningQuestion, title, text, defaultYes});
+    return m_answers.isEmpty() ? defaultYes : m_answers.takeFirst();
+}
+
 void QRecordingUserPrompt::answer(std::initializer_list<bool> answers)
 {
     for (bool a : answers)

@@ -23,6 +23,14 @@ public:
     /** A Yes/No question. Returns true for Yes. `defaultYes` picks the default button. */
     virtual bool question(const QString &title, const QString &text, bool defaultYes = false) = 0;
     /**
+     * A Yes/No question that warns: the same as question(), shown with a
+     * warning's icon. Returns true for Yes.
+     */
+    virtual bool warningQuestion(const QString &title, const QString &text, bool defaultYes = false)
+    {
+        return question(title, text, defaultYes);
+    }
+    /**
      * A question with more answers than Yes and No: one button per entry of
      * `buttons`, in that order. Returns the index of the button chosen, or
      * `defaultIndex` when the question is dismissed without a choice.
@@ -63,7 +71,7 @@ private:
 class QRecordingUserPrompt : public QUserPrompt
 {
 public:
-    enum Kind { Critical, Warning, Information, Question, Choice };
+    enum Kind { Critical, Warning, Information, Question, Choice, WarningQuestion };
 
     struct Call
     {
@@ -84,6 +92,8 @@ public:
     void information(const QString &title, const QString &text) override;
     /** Answers with the next scripted answer, or with the default when none is left. */
     bool question(const QString &title, const QString &text, bool defaultYes = false) override;
+    /** As question(), recorded as a WarningQuestion. */
+    bool warningQuestion(const QString &title, const QString &text, bool defaultYes = false) override;
     /** Answers with the next scripted choice, or with the default when none is left. */
     int choose(const QString &title, const QString &text, const QStringList &buttons,
                int defaultIndex) override;

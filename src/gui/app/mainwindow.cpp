@@ -8,8 +8,10 @@
 #include "core/app/qproject.h"
 #include "core/base/apppaths.h"
 #include "core/base/qmugenmodel.h"
+#include "core/base/quserprompt.h"
 #include "core/text/qmugensyntaxproperties.h"
 
+#include <QCloseEvent>
 #include <QDockWidget>
 #include <QEvent>
 #include <QListView>
@@ -111,4 +113,24 @@ void MainWindow::changeEvent(QEvent *event)
     if (event->type() == QEvent::LanguageChange)
         retranslate();
     QMainWindow::changeEvent(event);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (configuration && configuration->config.value(QStringLiteral("confirm_close")).toBool()
+        && !userPrompt->question(tr("Close"), tr("Do you really want to close Kestrada?"))) {
+        event->ignore();
+        return;
+    }
+    if (!mainInterface) {
+        event->accept();
+        return;
+    }
+    mainInterface->fileCloseAll();
+    // A refused discard keeps that project, and the program, open.
+    const QList<QProject *> &left = mainInterface->projects();
+    if (left.size() < 2 && (left.isEmpty() || left.first()->isBlank()))
+        event->accept();
+    else
+        event->ignore();
 }

@@ -49,6 +49,12 @@ public Q_SLOTS:
 
 protected:
     void changeEvent(QEvent *event) override;
+    /**
+     * Asks "Do you really want to close Kestrada?" when confirm_close is
+     * set, then closes every project that may be closed; the window closes
+     * only when nothing but one blank project is left.
+     */
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     void setupUi();

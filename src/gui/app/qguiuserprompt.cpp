@@ -34,6 +34,13 @@ bool QGuiUserPrompt::question(const QString &title, const QString &text, bool de
         == QMessageBox::Yes;
 }
 
+bool QGuiUserPrompt::warningQuestion(const QString &title, const QString &text, bool defaultYes)
+{
+    return QMessageBox::warning(m_parent, title, text, QMessageBox::Yes | QMessageBox::No,
+                                defaultYes ? QMessageBox::Yes : QMessageBox::No)
+        == QMessageBox::Yes;
+}
+
 int QGuiUserPrompt::choose(const QString &title, const QString &text, const QStringList &buttons,
                            int defaultIndex)
 {

@@ -18,6 +18,7 @@ public:
     void warning(const QString &title, const QString &text) override;
     void information(const QString &title, const QString &text) override;
     bool question(const QString &title, const QString &text, bool defaultYes = false) override;
+    bool warningQuestion(const QString &title, const QString &text, bool defaultYes = false) override;
     int choose(const QString &title, const QString &text, const QStringList &buttons,
                int defaultIndex) override;
 

@@ -1,5 +1,6 @@
 #include "qinterface.h"
 
+#include "qhistorymanager.h"
 #include "qiconsetmanager.h"
 #include "qinterfacecontrol.h"
 #include "qlanguagemanager.h"
@@ -42,12 +43,6 @@ QVariant &setting(const char *key)
 bool hasSetting(const char *key)
 {
     return configuration && configuration->config.contains(QLatin1String(key));
-}
-
-/** The menu of the main window with that object name, if the window has one (tests use a plain one). */
-QMenu *windowMenu(QMainWindow *window, const char *name)
-{
-    return window->findChild<QMenu *>(QLatin1String(name), Qt::FindDirectChildrenOnly);
 }
 
 Qt::ToolBarArea toolBarArea(const char *key)
@@ -98,6 +93,9 @@ QInterface::QInterface(QMainWindow *mainWindow, QDockWidget *actionsDock, QListV
 QInterface::~QInterface()
 {
     saveWindowState();
+    saveToolWindows();
+    if (m_history)
+        m_history->save();
     m_actions.save(settingsFileForWrite(QStringLiteral("shortcuts.xml")));
     // Controls first: their widgets stand in pages that go with the window.
     qDeleteAll(m_controls);
@@ -182,40 +180,6 @@ void QInterface::buildFrame()
         m_actionList->setModel(&m_actions.list());
         connect(m_actionList, &QListView::clicked, this, &QInterface::actionChanged);
     }
-}
-
-void QInterface::createActions()
-{
-    const std::initializer_list<int> everywhere = {QActionInfo::Everywhere};
-    QMenu *edit = windowMenu(m_mainWindow, "menuEdit");
-    QMenu *view = windowMenu(m_mainWindow, "menuView");
-    auto add = [this](QMenu *menu, QAction *action, bool separated = false) {
-        if (menu && separated)
-            menu->addSeparator();
-        if (menu)
-            menu->addAction(action);
-        addControl(m_actions.info(action)->name, new QInterfaceControlAction(action));
-    };
-    add(edit, m_actions.addAction(everywhere, QStringLiteral("edit_undo"), 12, false, this, &QInterface::editUndo));
-    add(edit, m_actions.addAction(everywhere, QStringLiteral("edit_redo"), 13, false, this, &QInterface::editRedo));
-    add(edit, m_actions.addAction(everywhere, QStringLiteral("edit_cut"), 14, false, this, &QInterface::editCut), true);
-    add(edit, m_actions.addAction(everywhere, QStringLiteral("edit_copy"), 15, false, this, &QInterface::editCopy));
-    add(edit, m_actions.addAction(everywhere, QStringLiteral("edit_paste"), 16, false, this, &QInterface::editPaste));
-    add(view, m_actions.addAction(everywhere, QStringLiteral("view_left_panel"), 19, true, this,
-                                  &QInterface::viewLeftPanel));
-    add(view, m_actions.addAction(everywhere, QStringLiteral("view_right_panel"), 20, true, this,
-                                  &QInterface::viewRightPanel));
-    add(view, m_actions.addAction(everywhere, QStringLiteral("view_organizer"), 21, true, this,
-                                  &QInterface::viewOrganizer));
-    add(view, m_actions.addAction(everywhere, QStringLiteral("view_actions"), 22, true, this,
-                                  &QInterface::viewActions));
-    add(nullptr, m_actions.addAction(everywhere, QStringLiteral("editor_new"), 49, false, this, &QInterface::editorNew));
-    add(nullptr,
-        m_actions.addAction(everywhere, QStringLiteral("editor_open"), 50, false, this, &QInterface::editorOpen));
-    add(nullptr,
-        m_actions.addAction(everywhere, QStringLiteral("editor_save"), 51, false, this, &QInterface::editorSave));
-    add(nullptr, m_actions.addAction(everywhere, QStringLiteral("editor_saveas"), 52, false, this,
-                                     &QInterface::editorSaveAs));
 }
 
 void QInterface::start(bool firstInstance)
@@ -457,6 +421,7 @@ void QInterface::projTypeChanged(QProject *project)
         }
     }
     chooseEditor();
+    showProjectStatus();
 }
 
 void QInterface::refreshEditors()
@@ -595,6 +560,11 @@ void QInterface::retranslate()
         m_actionsDock->setWindowTitle(tr("Action list"));
     updateEditorName();
     updateExtraEditorName();
+    if (m_recentMenu) {
+        unit->setMenuTexts(m_recentMenu, 42);
+        m_history->rebuild();
+    }
+    showProjectStatus();
 }
 
 void QInterface::restoreWindowState()
@@ -661,31 +631,10 @@ void QInterface::saveWindowState()
 // ---------------------------------------------------------------------------
 // Projects
 
-QProject *QInterface::createProject()
-{
-    return new QProject(configuration->config[QStringLiteral("cache_type")].toInt(),
-                        configuration->config[QStringLiteral("cache_compression")].toBool());
-}
-
 QString QInterface::tabTitle(QProject *project) const
 {
     const QString name = project->definitions()->name();
     return name.isEmpty() ? QFileInfo(project->definitions()->fileName()).completeBaseName() : name;
-}
-
-void QInterface::addProject(QProject *project)
-{
-    m_projects.append(project);
-    QString title = tabTitle(project);
-    if (title.isEmpty())
-        title = tr("Project %1").arg(++m_newProjects);
-    m_current = nullptr;
-    // The tab bar makes its first tab current at once; the project must be listed by then.
-    const int index = m_tabs->addTab(title);
-    m_tabs->setCurrentIndex(index);
-    if (m_current != project)
-        projTabsChanged(index);
-    Q_EMIT projectsChanged();
 }
 
 void QInterface::projTabsChanged(int index)
@@ -695,59 +644,14 @@ void QInterface::projTabsChanged(int index)
         return;
     m_current = project;
     refreshEditors();
+    if (!m_current)
+        showProjectStatus();
 }
 
 void QInterface::projTabsMoved(int from, int to)
 {
     if (from >= 0 && from < m_projects.size() && to >= 0 && to < m_projects.size())
         m_projects.move(from, to);
-}
-
-void QInterface::newProject(bool fromTemplate)
-{
-    // TODO: offer the project templates when fromTemplate is set, once
-    // scripts can make projects.
-    Q_UNUSED(fromTemplate)
-    addProject(createProject());
-}
-
-void QInterface::openProject(const QString &fileName)
-{
-    QProject *project = createProject();
-    {
-        QProgress progress(m_mainWindow, tr("Loading project..."));
-        connect(project, &QProject::progress, &progress, &QProgress::onProgress);
-        if (!project->fromFile(fileName,
-                               configuration->config[QStringLiteral("default_codepage")].toInt(),
-                               configuration->config[QStringLiteral("backup_onload")].toBool(),
-                               false)) {
-            delete project;
-            return;
-        }
-    }
-    project->setSetting(QStringLiteral("proj_path"), QFileInfo(fileName).absolutePath());
-    addProject(project);
-    // The blank project of the program's start gives way to the first real one.
-    if (m_projects.size() == 2 && m_projects.first()->isBlank())
-        projTabsClosed(0);
-}
-
-void QInterface::projTabsClosed(int index)
-{
-    if (index < 0 || index >= m_projects.size())
-        return;
-    QProject *project = m_projects.at(index);
-    if (!project->canClose())
-        return;
-    if (m_projects.size() == 1)
-        newProject(false);
-    m_projects.removeAt(index);
-    // Removing the tab makes another current, which sets the new current project.
-    m_tabs->removeTab(index);
-    if (m_current == project)
-        projTabsChanged(m_tabs->currentIndex());
-    delete project;
-    Q_EMIT projectsChanged();
 }
 
 void QInterface::consumeHandOver()

@@ -8,17 +8,21 @@
 #include <QList>
 #include <QMap>
 #include <QObject>
+#include <QPair>
+#include <QPointer>
 #include <QToolBar>
 
 #include <functional>
 
 class QActionGroup;
 class QDockWidget;
+class QHistoryManager;
 class QInterfaceControl;
 class QListView;
 class QMainWindow;
 class QPanelWidget;
 class QProject;
+struct QRGBPal;
 class QStackedLayout;
 class QTabBar;
 
@@ -142,16 +146,61 @@ public:
     /** The four fields of the status bar, then the check icon. */
     QClickableLabel *statusLabel(int index) const { return m_status.value(index); }
 
-public Q_SLOTS:
-    /** Opens a new blank project as the last tab and makes it current. */
-    void newProject(bool fromTemplate = true);
+    // The Project menu's side.
+    /** The recent projects behind "Open"; written when the interface goes. */
+    QHistoryManager *history() const { return m_history; }
+    /** The project whose DEF is being read by openProject(), before it has a tab; null otherwise. */
+    QProject *loadingProject() const { return m_loading; }
     /**
-     * Opens the project of a DEF file. Nothing is said when it can't be
-     * read. A lone blank first project makes way for it.
+     * Gives the tool window `key` ("calculator", "clipboard", "find_multi"
+     * or "quicksearch"), made once and owned by the main window. The
+     * actions of the View and Edit menus show it; the first three keep
+     * show_%1, %1_x and %1_y between runs.
+     */
+    void setToolWindow(const QString &key, QWidget *window);
+
+public Q_SLOTS:
+    /** Opens a new blank project, "Project %1", as the last tab and makes it current. */
+    void newProject(bool fromTemplate);
+    void newProject() { newProject(true); }
+    void fileNew();
+    /** Asks for a DEF ("Open project") and opens it. */
+    void fileOpen();
+    /**
+     * Opens the project of a DEF file, with a progress dialog, and enters it
+     * in the history. A DEF that can't be read is said so, and nothing open
+     * changes. A lone blank first project makes way for it.
      */
     void openProject(const QString &fileName);
+    /** Saves the current project under its names, then offers to write its palettes. */
+    void fileSave();
+    /** "Save as": a new DEF, then a name for every other document, then the palettes. */
+    void fileSaveAs();
+    void fileClose();
+    /** Closes every project whose changes may be dropped, from the last tab to the first. */
+    void fileCloseAll();
+    /** The same, except the current project. */
+    void fileCloseAllCurr();
     /** Closes the project at `index` if its documents may be dropped; one tab always stays. */
     void projTabsClosed(int index);
+    /** The answer to a project's saveFileName(): a save dialog; empty when cancelled. */
+    QString saveFileName(QProjectFileType file, QString path);
+    /** The answer to a project's spritesVersionToSave(): the version chosen, 0 when cancelled. */
+    quint32 spritesVersionToSave(quint32 currentVersion);
+    /** A character's sprites have no palette: warns, then reads one that the user picks into `palette`. */
+    void charPalette(QRGBPal *palette);
+
+    void changeTabName(QProject *project, const QString &name);
+    /** Brings the window forward and makes the tab current. */
+    void projTabClick(int tab);
+    void projTabActivate(int tab);
+    /** The engine version of `project` changed: the status line follows, for the current project. */
+    void projVerChanged(QProject *project);
+    void toolsExpHtml();
+    /** After the script editor: the Tools menu again, and the editors refreshed. */
+    void toolsScript();
+    /** Shows the quick find and gives it the focus. */
+    void editFind();
     /** The hand-over file changed: open what it names and bring the window forward. */
     void fileChanged(const QString &path);
 
@@ -206,6 +255,7 @@ Q_SIGNALS:
 
 private:
     void buildFrame();
+    /** The commands of the menus in their order, and the controls of the frame (qinterfacemenus.cpp). */
     void createActions();
     QProject *createProject();
     void addProject(QProject *project);
@@ -221,6 +271,25 @@ private:
     void restoreWindowState();
     void saveWindowState();
     QString tabTitle(QProject *project) const;
+
+    // The menus, the status line and the tool windows (qinterfacemenus.cpp).
+    /** Tools keeps its first three entries; the scripts' tools would follow them. */
+    void rebuildToolsMenu();
+    void showProjectStatus();
+    void showToolWindow(QWidget *window);
+    void saveToolWindows();
+    // Projects (qinterfaceprojects.cpp).
+    /** Connects a new project's questions and notices, before anything is loaded. */
+    void wireProject(QProject *project);
+    /** Closes `project` if its documents may be dropped; a blank one takes the last place if it was alone. */
+    bool closeProject(QProject *project);
+    /** The project `document` (sprites, definitions) belongs to; the current one when unknown. */
+    QProject *projectOf(const QObject *document) const;
+    /**
+     * Asks to write the palettes of group 1 of a SFF 1.01 character; `saveAs`
+     * picks the way and the title. Returns the files that couldn't be written.
+     */
+    QStringList savePalettes(QProject *project, bool saveAs);
 
     QFileSystemWatcher m_watcher;
     QMainWindow *m_mainWindow;
@@ -290,6 +359,16 @@ private:
     QMugenRun *m_mugenRun = nullptr;
     MugenChooser m_mugenChooser;
     bool m_mugenDone = false;
+    // The tool windows; null until they exist.
+    QPointer<QWidget> m_calculator;
+    QPointer<QWidget> m_clipboard;
+    QPointer<QWidget> m_findMulti;
+    QPointer<QWidget> m_quickFind;
+    QHistoryManager *m_history = nullptr;
+    QMenu *m_recentMenu = nullptr;
+    QProject *m_loading = nullptr;
+    /** The names given to sprites and sounds during one save, to find writes that failed. */
+    QList<QPair<QProjectFileType, QString>> m_savedNames;
 };
 
 /** The one interface of the program; null while the palette editor runs alone. */
