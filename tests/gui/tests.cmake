@@ -28,3 +28,4 @@ add_executable(kestrada-framedemo "${CMAKE_CURRENT_LIST_DIR}/framedemo.cpp" "${C
 target_link_libraries(kestrada-framedemo PRIVATE kestrada-gui)
 target_include_directories(kestrada-framedemo PRIVATE "${CMAKE_CURRENT_LIST_DIR}")
 add_dependencies(kestrada-framedemo kestrada-data)
+kestrada_add_gui_test(bakdlg)

@@ -1,0 +1,120 @@
+#include "core/app/qbakmanager.h"
+#include "core/app/qproject.h"
+#include "core/base/qmugenmodel.h"
+#include "core/base/quserprompt.h"
+#include "core/text/qcommands.h"
+#include "core/text/qdefinitions.h"
+#include "gui/app/bakdlg.h"
+#include "gui/app/qinterface.h"
+#include "testsupport.h"
+
+#include <QLabel>
+#include <QListView>
+#include <QMainWindow>
+#include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QtTest>
+
+using TestSupport::readFile;
+using TestSupport::writeFile;
+
+class tst_BakDlg : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_temp;
+    QMugenModel m_configuration;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qputenv("TMPDIR", m_temp.path().toLocal8Bit());
+        configuration = &m_configuration;
+        registerProjectElements();
+    }
+
+    void cleanupTestCase()
+    {
+        BakDlg::runner = nullptr;
+        releaseProjectElements();
+        configuration = nullptr;
+    }
+
+    void theDialogChoosesAFolder()
+    {
+        const QString def = m_temp.filePath(QStringLiteral("list/a.def"));
+        QVERIFY(writeFile(def, "[Files]\r\n"));
+        QVERIFY(QDir().mkpath(m_temp.filePath(QStringLiteral("list/backup/01-01-2021 1-1-1 am"))));
+        BakDlg dialog(nullptr, def);
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Load backup"));
+        QCOMPARE(dialog.findChild<QLabel *>()->text(), QStringLiteral("Choose a backup to be loaded:"));
+        // Nothing is chosen until the user picks a row.
+        QVERIFY(dialog.selected().isEmpty());
+        dialog.list()->setCurrentIndex(dialog.backups()->index(0));
+        QCOMPARE(dialog.selected(), QFileInfo(def).canonicalPath() + QStringLiteral("/backup/01-01-2021 1-1-1 am/a.def"));
+    }
+
+    void aBackupMadeAndLoadedThroughTheInterface()
+    {
+        const QString def = m_temp.filePath(QStringLiteral("kfm/kfm.def"));
+        const QString cmd = m_temp.filePath(QStringLiteral("kfm/kfm.cmd"));
+        QVERIFY(writeFile(def, "[Files]\r\ncmd = kfm.cmd\r\n"));
+        QVERIFY(writeFile(cmd, "[Command]\r\n"));
+        QRecordingUserPrompt prompt;
+        QMainWindow window;
+        QInterface interface(&window);
+        interface.start(false);
+
+        // A project without files can't be backed up, and says so.
+        interface.fileBackup();
+        QCOMPARE(prompt.calls.size(), 1);
+        QCOMPARE(prompt.calls.first().kind, QRecordingUserPrompt::Information);
+
+        interface.openProject(def);
+        QProject *project = interface.currentProject();
+        interface.fileBackup();
+        QCOMPARE(prompt.calls.size(), 1);
+        const QBakManager backups(def);
+        QCOMPARE(backups.rowCount(), 1);
+        QVERIFY(window.statusBar()->currentMessage().contains(backups.folders().first()));
+
+        QTextCursor(project->commands()->document()).insertText(QStringLiteral("; later\n"));
+        QVERIFY(project->save());
+        // Cancelled, nothing happens; chosen, the backup comes back under the project's own names.
+        BakDlg::runner = [](BakDlg &) { return false; };
+        interface.fileLoadBackup();
+        QCOMPARE(project->commands()->text(), QStringLiteral("; later\n[Command]\n"));
+        BakDlg::runner = [](BakDlg &dialog) {
+            dialog.list()->setCurrentIndex(dialog.backups()->index(0));
+            return true;
+        };
+        interface.fileLoadBackup();
+        QCOMPARE(interface.currentProject(), project);
+        QCOMPARE(project->commands()->text(), QStringLiteral("[Command]\n"));
+        QCOMPARE(project->commands()->fileName(), QFileInfo(cmd).absoluteFilePath());
+        QCOMPARE(project->definitions()->fileName(), QFileInfo(def).absoluteFilePath());
+        QVERIFY(prompt.calls.size() == 1);
+    }
+
+    void aFailedBackupIsReported()
+    {
+        const QString def = m_temp.filePath(QStringLiteral("blocked/a.def"));
+        QVERIFY(writeFile(def, "[Files]\r\n"));
+        QVERIFY(writeFile(m_temp.filePath(QStringLiteral("blocked/backup")), "a file, not a folder"));
+        QRecordingUserPrompt prompt;
+        QMainWindow window;
+        QInterface interface(&window);
+        interface.start(false);
+        interface.openProject(def);
+        interface.fileBackup();
+        QCOMPARE(prompt.calls.size(), 1);
+        QCOMPARE(prompt.calls.first().kind, QRecordingUserPrompt::Critical);
+        QVERIFY(prompt.calls.first().text.contains(QDir::toNativeSeparators(QFileInfo(def).absoluteFilePath())));
+    }
+};
+
+QTEST_MAIN(tst_BakDlg)
+#include "tst_bakdlg.moc"
