@@ -1,6 +1,7 @@
 kestrada_add_gui_test(startup)
 kestrada_add_gui_test(qinterface)
 kestrada_add_gui_test(qprogress)
+kestrada_add_gui_test(bakdlg)
 
 # Two real instances of the program: the second hands a file over and ends.
 kestrada_add_test(handover_processes LIBS kestrada-core LABELS gui)
@@ -28,4 +29,3 @@ add_executable(kestrada-framedemo "${CMAKE_CURRENT_LIST_DIR}/framedemo.cpp" "${C
 target_link_libraries(kestrada-framedemo PRIVATE kestrada-gui)
 target_include_directories(kestrada-framedemo PRIVATE "${CMAKE_CURRENT_LIST_DIR}")
 add_dependencies(kestrada-framedemo kestrada-data)
-kestrada_add_gui_test(bakdlg)
