@@ -68,15 +68,21 @@ private Q_SLOTS:
         QInterface interface(&window);
         interface.start(false);
 
-        // A project without files can't be backed up, and says so.
+        // A project without files can't be backed up, nor one without backups loaded; both say so.
         interface.fileBackup();
-        QCOMPARE(prompt.calls.size(), 1);
-        QCOMPARE(prompt.calls.first().kind, QRecordingUserPrompt::Information);
-
         interface.openProject(def);
         QProject *project = interface.currentProject();
+        BakDlg::runner = [](BakDlg &) {
+            qFatal("no dialog without backups");
+            return false;
+        };
+        interface.fileLoadBackup();
+        QCOMPARE(prompt.calls.size(), 2);
+        QCOMPARE(prompt.calls.at(0).kind, QRecordingUserPrompt::Information);
+        QCOMPARE(prompt.calls.at(1).text, QStringLiteral("This project has no backups yet."));
+
         interface.fileBackup();
-        QCOMPARE(prompt.calls.size(), 1);
+        QCOMPARE(prompt.calls.size(), 2);
         const QBakManager backups(def);
         QCOMPARE(backups.rowCount(), 1);
         QVERIFY(window.statusBar()->currentMessage().contains(backups.folders().first()));
@@ -96,7 +102,7 @@ private Q_SLOTS:
         QCOMPARE(project->commands()->text(), QStringLiteral("[Command]\n"));
         QCOMPARE(project->commands()->fileName(), QFileInfo(cmd).absoluteFilePath());
         QCOMPARE(project->definitions()->fileName(), QFileInfo(def).absoluteFilePath());
-        QVERIFY(prompt.calls.size() == 1);
+        QCOMPARE(prompt.calls.size(), 2);
     }
 
     void aFailedBackupIsReported()

@@ -6,6 +6,7 @@
 #include "bakdlg.h"
 #include "qprogress.h"
 
+#include "core/app/qbakmanager.h"
 #include "core/app/qproject.h"
 #include "core/base/qmugenmodel.h"
 #include "core/base/quserprompt.h"
@@ -54,6 +55,10 @@ void QInterface::fileLoadBackup()
     QString selected;
     {
         BakDlg dialog(m_mainWindow, project->definitions()->fileName());
+        if (dialog.backups()->rowCount() == 0) {
+            userPrompt->information(tr("Load backup"), tr("This project has no backups yet."));
+            return;
+        }
         if (!dialog.run())
             return;
         selected = dialog.selected();
