@@ -1,5 +1,6 @@
 #include "verbs.h"
 
+#include "backupverb.h"
 #include "cliapp.h"
 #include "runverb.h"
 #include "soundverbs.h"
@@ -248,6 +249,7 @@ void registerVerbs()
     registerSoundVerbs();
     registerSpriteVerbs();
     registerRunVerb();
+    registerBackupVerb();
 }
 
 } // namespace Cli

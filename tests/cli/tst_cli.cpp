@@ -71,6 +71,10 @@ private Q_SLOTS:
                                           << QByteArray("a configuration file can't be checked");
         QTest::newRow("absent file") << QStringList{u"info"_s, m_dir.filePath(u"absent.ksc3"_s)} << 1
                                      << QByteArray("no such file");
+        QTest::newRow("backup without a project") << QStringList{u"backup"_s} << 2
+                                                  << QByteArray("usage: kestrada-cli backup");
+        QTest::newRow("backup of an absent project") << QStringList{u"backup"_s, m_dir.filePath(u"absent.def"_s)}
+                                                     << 1 << QByteArray("no such file");
     }
 
     void commandLines()
@@ -81,6 +85,24 @@ private Q_SLOTS:
         const Result result = run(arguments);
         QCOMPARE(result.code, code);
         QVERIFY2((result.err + result.out).contains(message), result.err.constData());
+    }
+
+    void backupMakesAndListsFolders()
+    {
+        const QString def = file(u"backedup/a.def"_s, "[Files]\r\ncmd = a.cmd\r\n");
+        file(u"backedup/a.cmd"_s, "[Command]\r\n");
+        Result result = run({u"backup"_s, def});
+        QCOMPARE(result.code, 0);
+        const QString folder = QString::fromUtf8(result.out.trimmed());
+        QCOMPARE(readFile(folder + u"/a.cmd"_s), QByteArray("[Command]\r\n"));
+        QCOMPARE(readFile(folder + u"/a.def"_s), readFile(def));
+        result = run({u"backup"_s, def, u"--list"_s});
+        QCOMPARE(result.out, QFileInfo(folder).fileName().toUtf8() + '\n');
+        result = run({u"backup"_s, def, u"--list"_s, u"--json"_s});
+        const QJsonArray list = QJsonDocument::fromJson(result.out).array();
+        QCOMPARE(list.size(), 1);
+        QCOMPARE(QFileInfo(list.first()[u"def"_s].toString()).canonicalFilePath(),
+                 QFileInfo(folder + u"/a.def"_s).canonicalFilePath());
     }
 
     void configurationInfoAndSave()

@@ -9,6 +9,7 @@ kestrada_add_test(handover_processes LIBS kestrada-core LABELS gui)
 add_dependencies(tst_handover_processes kestrada)
 kestrada_add_gui_test(mugendlg)
 kestrada_add_gui_test(mugrundlg)
+kestrada_add_gui_test(bakdlg)
 
 # Two tiny languages made by lrelease, beside the test, and the program's
 # own languages with their info.xml from data/.

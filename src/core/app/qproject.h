@@ -84,6 +84,19 @@ public:
      * nothing in memory is copied from the project's folder.
      */
     bool saveForTest(const QString &directory, const QString &name, QStringList &created);
+    /**
+     * Copies the whole project, DEF, palettes, sprites, animations, sounds,
+     * commands and states, into a new time-stamped folder under "backup/"
+     * beside the DEF, each file under its path in the DEF, so the copy of
+     * the DEF opens as the project. A document with unsaved changes (or
+     * whose file is gone) is written as it stands in memory; any other is
+     * copied byte for byte. A palette of the DEF that the sprites don't
+     * have as group 1 is left out. Reports through progress(). False when
+     * the project has no DEF file yet, or a folder or file can't be
+     * written; `folder` receives the backup folder, ending in "/", once it
+     * exists.
+     */
+    bool backup(QString *folder = nullptr);
 
     /**
      * Asks every state document whether its changes may be dropped (all of

@@ -3,6 +3,8 @@
 
 #include "qproject.h"
 
+#include "qbackupfolder.h"
+
 #include "../animation/qanimations.h"
 #include "../base/filelookup.h"
 #include "../sounds/qsounds.h"
@@ -12,7 +14,6 @@
 #include "../text/qdefinitions.h"
 #include "../text/qsyntaxprocessor.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -22,56 +23,6 @@
 #include <functional>
 
 namespace {
-
-/** Copies files into a backup folder, keeping their names relative to the project's folder. */
-class Backup
-{
-public:
-    Backup(bool enabled, const QString &defFile)
-    {
-        if (!enabled)
-            return;
-        const QFileInfo def(defFile);
-        m_projectDir = QFileInfo(def.absolutePath()).canonicalFilePath();
-        m_folder = m_projectDir + QLatin1String("/backup/")
-            + QDateTime::currentDateTime().toString(QStringLiteral("dd-MM-yyyy h-m-s ap")) + QLatin1Char('/');
-        QDir().mkpath(m_folder);
-        QFile::copy(defFile, m_folder + def.fileName());
-    }
-
-    void copy(const QString &path) const
-    {
-        if (m_folder.isEmpty() || !QFileInfo(path).isFile())
-            return;
-        const QString target = m_folder + inside(QDir(m_projectDir).relativeFilePath(QFileInfo(path).canonicalFilePath()));
-        QDir().mkpath(QFileInfo(target).absolutePath());
-        QFile::copy(path, target);
-    }
-
-private:
-    /**
-     * A path relative to the project's folder made into one below the
-     * backup folder. A DEF may name files above its folder ("../common.cns"):
-     * each step up becomes a folder "(parent)", so the copy neither lands
-     * beside the backup folder nor overwrites a file of the project. A
-     * drive letter (another drive on Windows) loses its colon.
-     */
-    static QString inside(const QString &relative)
-    {
-        QStringList parts;
-        for (QString part : relative.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
-            if (part == QLatin1String(".."))
-                part = QStringLiteral("(parent)");
-            part.remove(QLatin1Char(':'));
-            if (!part.isEmpty() && part != QLatin1String("."))
-                parts.append(part);
-        }
-        return parts.join(QLatin1Char('/'));
-    }
-
-    QString m_projectDir;
-    QString m_folder;
-};
 
 /**
  * Brackets the reading of the character's palette files: what a project
@@ -111,12 +62,33 @@ void makeFolderOf(const QString &path)
 
 bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool keepName)
 {
-    const Backup copies(backup, fileName);
+    QBackupFolder copies;
+    if (backup) {
+        copies = QBackupFolder(fileName);
+        copies.copy(fileName);
+    }
     if (!m_definitions->load(fileName, codepage, keepName))
         return false;
 
     const QDefinitionsFiles files = m_definitions->files();
-    const QString base = files.directory;
+    // With keepName the definitions stay in the project's folder, but the
+    // files come from the folder of the DEF read: a backup.
+    const QString base = QFileInfo(fileName).absolutePath();
+    const auto findFile = [keepName](const QString &directory, const QString &name) {
+        // A backup keeps the files from above the project's folder in "(parent)" folders.
+        if (keepName) {
+            const QString inside = ::findFile(directory, QBackupFolder::inside(name));
+            if (isFile(inside))
+                return inside;
+        }
+        return ::findFile(directory, name);
+    };
+    // What a backup brings differs from the project's files until it is saved.
+    const auto restored = [keepName](auto *document, bool loaded) {
+        if (keepName && loaded)
+            document->setModified(true);
+    };
+    restored(m_definitions->document(), true);
     const uint total = uint(files.palettes.size() + files.states.size() + 4);
     bool allow = true;
     Q_EMIT progress(0, total, allow);
@@ -125,6 +97,9 @@ bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool
     uint n = 1;
     {
         const PaletteLoad load(m_sprites);
+        // The palettes read now replace those of a project read before.
+        for (int i = m_sprites->paletteCount() - 1; keepName && i >= 0; --i)
+            m_sprites->removePalette(i);
         for (const QString &name : files.palettes) {
             const QString path = findFile(base, name);
             if (!isFile(path))
@@ -144,7 +119,7 @@ bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool
     // Every load from here on fails quietly and leaves its document empty.
     const QString sprites = findFile(base, files.sprites);
     copies.copy(sprites);
-    m_sprites->fromFile(sprites, keepName);
+    restored(m_sprites, m_sprites->fromFile(sprites, keepName));
     Q_EMIT progress(n, total, allow);
     if (!allow)
         return true;
@@ -152,7 +127,7 @@ bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool
     if (type() == Character) {
         const QString animations = findFile(base, files.animations);
         copies.copy(animations);
-        m_animations->fromFile(animations, codepage, keepName);
+        restored(m_animationText->document(), m_animations->fromFile(animations, codepage, keepName));
     } else if (type() != Font) {
         // Stages and storyboards keep their animations in the DEF.
         m_animations->setEditor(m_definitions);
@@ -163,14 +138,14 @@ bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool
 
     const QString sounds = findFile(base, files.sounds);
     copies.copy(sounds);
-    m_sounds->fromFile(sounds, keepName);
+    restored(m_sounds, m_sounds->fromFile(sounds, keepName));
     Q_EMIT progress(n + 2, total, allow);
     if (!allow)
         return true;
 
     const QString commands = findFile(base, files.commands);
     copies.copy(commands);
-    m_commands->load(commands, codepage, keepName);
+    restored(m_commands->document(), m_commands->load(commands, codepage, keepName));
     Q_EMIT progress(n + 3, total, allow);
     if (!allow)
         return true;
@@ -181,17 +156,31 @@ bool QProject::fromFile(const QString &fileName, int codepage, bool backup, bool
         if (!isFile(path))
             continue;
         copies.copy(path);
-        auto *state = new QSyntaxTextEditor(this, FileStates, false, m_definitions->version(), true);
-        state->setTarget(m_definitions->target());
-        state->setFileIndex(int(m_states.size()));
-        state->load(path, codepage, keepName);
+        // A backup goes into the document of the same file, or into a new
+        // one that takes the name of the project's file.
+        const QString own = QFileInfo(::findFile(files.directory, name)).absoluteFilePath();
+        QSyntaxTextEditor *state = nullptr;
+        for (QSyntaxTextEditor *candidate : std::as_const(m_states)) {
+            if (keepName && !state && candidate->fileName() == own)
+                state = candidate;
+        }
+        const bool known = state != nullptr;
+        if (!known) {
+            state = new QSyntaxTextEditor(this, FileStates, false, m_definitions->version(), true);
+            state->setTarget(m_definitions->target());
+            state->setFileIndex(int(m_states.size()));
+            m_states.append(state);
+        }
+        const bool loaded = state->load(path, codepage, known);
+        if (keepName && !known)
+            state->setFileName(own);
+        restored(state->document(), loaded);
         // Ikemen GO's states in its own script language are kept and shown,
         // not read as engine text.
         if (path.endsWith(QLatin1String(".zss"), Qt::CaseInsensitive)) {
             state->setLanguage(QSyntaxProcessor::NullKind);
             state->updateHierarchy();
         }
-        m_states.append(state);
         Q_EMIT progress(position++, total, allow);
         if (!allow)
             return true;

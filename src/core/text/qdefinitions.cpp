@@ -35,8 +35,14 @@ void QDefinitions::setName(const QString &name)
 
 bool QDefinitions::load(const QString &fileName, int codepage, bool keepName)
 {
+    const bool hadName = !this->fileName().isEmpty();
     const bool loaded = QSyntaxTextEditor::load(fileName, codepage, keepName);
-    m_directory = loaded ? QFileInfo(fileName).absolutePath() : QString();
+    // A backup read over the project leaves the project where it is: its
+    // next backup and its test runs start from the real folder.
+    if (!loaded)
+        m_directory.clear();
+    else if (!keepName || !hadName)
+        m_directory = QFileInfo(fileName).absolutePath();
     return loaded;
 }
 

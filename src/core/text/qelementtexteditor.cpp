@@ -84,7 +84,7 @@ bool headerFollows(const QTextBlock &block)
 } // namespace
 
 QElementTextEditor::QElementTextEditor(bool parse, QObject *parent)
-    : QObject(parent)
+    : QFileWatchObject(parent)
     , m_document(new QTextDocument(this))
     , m_cursor(m_document)
 {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "../base/qfilewatchobject.h"
 #include "qtextelement.h"
 
 #include <QList>
 #include <QMap>
-#include <QObject>
 #include <QTextCursor>
 
 class QTextDocument;
@@ -20,8 +20,9 @@ class QTextTokenizer;
  * of it through update(). Structured edits (a frame, a box, a name) are line
  * edits made through the primitives below, so the text view and the model
  * can never differ, and nothing the program doesn't understand is lost.
+ * Its file, once it has one, is watched for changes made elsewhere.
  */
-class QElementTextEditor : public QObject
+class QElementTextEditor : public QFileWatchObject
 {
     Q_OBJECT
 

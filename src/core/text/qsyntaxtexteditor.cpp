@@ -218,9 +218,7 @@ bool QSyntaxTextEditor::load(const QString &fileName, int codepage, bool keepNam
         document()->setMetaInformation(QTextDocument::DocumentTitle, title);
         document()->setMetaInformation(QTextDocument::DocumentUrl, url);
     } else {
-        const QFileInfo info(fileName);
-        document()->setMetaInformation(QTextDocument::DocumentTitle, info.fileName());
-        document()->setMetaInformation(QTextDocument::DocumentUrl, info.absoluteFilePath());
+        setFileName(fileName);
     }
     m_codepage = actual;
     document()->setModified(false);
@@ -249,10 +247,11 @@ bool QSyntaxTextEditor::save(const QString &fileName, bool asUtf8, bool asCopy)
         return false;
     }
     if (!asCopy) {
-        const QFileInfo info(fileName);
-        document()->setMetaInformation(QTextDocument::DocumentTitle, info.fileName());
-        document()->setMetaInformation(QTextDocument::DocumentUrl, info.absoluteFilePath());
+        setFileName(fileName);
         document()->setModified(false);
+    } else if (QFileInfo(fileName).absoluteFilePath() == this->fileName()) {
+        // A copy over our own file is still our own write.
+        watchFile();
     }
     return true;
 }
@@ -260,8 +259,7 @@ bool QSyntaxTextEditor::save(const QString &fileName, bool asUtf8, bool asCopy)
 void QSyntaxTextEditor::clear()
 {
     document()->clear();
-    document()->setMetaInformation(QTextDocument::DocumentTitle, QString());
-    document()->setMetaInformation(QTextDocument::DocumentUrl, QString());
+    setFileName(QString());
     document()->setModified(false);
     m_codepage = utf8Codepage();
     updateHierarchy();
@@ -275,6 +273,23 @@ QString QSyntaxTextEditor::text() const
 QString QSyntaxTextEditor::fileName() const
 {
     return document()->metaInformation(QTextDocument::DocumentUrl);
+}
+
+void QSyntaxTextEditor::setFileName(const QString &path)
+{
+    unwatchFile();
+    const QFileInfo info(path);
+    document()->setMetaInformation(QTextDocument::DocumentTitle, path.isEmpty() ? QString() : info.fileName());
+    document()->setMetaInformation(QTextDocument::DocumentUrl, path.isEmpty() ? QString() : info.absoluteFilePath());
+    // Also after a save to the same name: the save put a new file there,
+    // which must be watched afresh and is our own.
+    watchFile();
+}
+
+void QSyntaxTextEditor::reload(const QString &path)
+{
+    if (load(path, m_codepage, true))
+        setOwnWrite();
 }
 
 QString QSyntaxTextEditor::title() const

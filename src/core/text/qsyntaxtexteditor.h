@@ -62,7 +62,14 @@ public:
     /** The plain text, with "\n" line ends. */
     QString text() const;
     /** The whole path of the file, empty for a new document. */
-    QString fileName() const;
+    QString fileName() const override;
+    /**
+     * Takes the name of `path` without reading or writing it: the file the
+     * next save goes to, and the one watched for changes made elsewhere.
+     */
+    void setFileName(const QString &path);
+    /** Reads the file again after a change made elsewhere, keeping the document's encoding as the fallback. */
+    void reload(const QString &path) override;
     /** The bare file name. */
     QString title() const;
     /** The encoding that save() uses when not asked for UTF-8, as a codepage number. */

@@ -225,6 +225,13 @@ public Q_SLOTS:
     void viewRightPanel(bool checked);
     void viewOrganizer(bool checked);
     void viewActions(bool checked);
+
+    // Backups (qinterfacebackup.cpp).
+    /** Backs the current project up into a new dated folder beside its DEF, with a progress dialog. */
+    void fileBackup();
+    /** Lets the user choose a backup of the current project and reads it over the project. */
+    void fileLoadBackup();
+
     void editorNew();
     void editorOpen();
     void editorSave();

@@ -10,6 +10,7 @@
 #include "core/base/apppaths.h"
 #include "core/base/qcodepages.h"
 #include "core/base/qcolorsetmanager.h"
+#include "core/base/qfilewatchermanager.h"
 #include "core/base/qhandover.h"
 #include "core/base/qmugenmodel.h"
 #include "core/base/qsyntaxformats.h"
@@ -98,12 +99,15 @@ ProcessManagers::ProcessManagers(QApplication *application)
     configuration = new QMugenModel;
     // A missing or unreadable file is no error: the defaults stay.
     configuration->load(settingsFileForRead(QStringLiteral("config.xml")));
+    fileWatcher = new QFileWatcherManager;
 }
 
 ProcessManagers::~ProcessManagers()
 {
     delete presets;
     presets = nullptr;
+    delete fileWatcher;
+    fileWatcher = nullptr;
     delete configuration;
     configuration = nullptr;
     delete syntaxFormats;

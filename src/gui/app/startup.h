@@ -36,9 +36,9 @@ void scheduleGrab(QWidget *window);
 class QApplication;
 /**
  * The process-wide managers of the program: presets, iconsets, stylesheets,
- * languages, colorsets, syntax formats and the configuration (read from
- * config.xml), made in that order and deleted in the reverse one but for
- * the presets, which go first. What they find beside the program and in
+ * languages, colorsets, syntax formats, the configuration (read from
+ * config.xml) and the file watcher, made in that order and deleted in the
+ * reverse one but for the presets, which go first. What they find beside the program and in
  * the user's data folders is all they know.
  */
 class ProcessManagers
