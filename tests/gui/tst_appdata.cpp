@@ -24,23 +24,9 @@ namespace {
 
 QStringList warnings;
 
-/**
- * Commands whose slots other parts of the window define, connected by name
- * so that each part builds alone. TODO: drop this list once they are all in.
- */
-bool pendingSlot(const QString &message)
-{
-    static const QStringList pending = {
-        QStringLiteral("fileBackup()"),   QStringLiteral("fileLoadBackup()"), QStringLiteral("fileCheck()"),
-        QStringLiteral("fileRunMugen()"), QStringLiteral("toolsOptions()"),   QStringLiteral("helpRefDocs()"),
-        QStringLiteral("helpAbout()")};
-    const QString prefix = QStringLiteral("QObject::connect: No such slot QInterface::");
-    return message.startsWith(prefix) && pending.contains(message.mid(prefix.size()).section(QLatin1Char(' '), 0, 0));
-}
-
 void collectWarnings(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
-    if (type != QtDebugMsg && type != QtInfoMsg && !pendingSlot(message))
+    if (type != QtDebugMsg && type != QtInfoMsg)
         warnings.append(message);
 }
 

@@ -1,5 +1,6 @@
 #include "qinterface.h"
 
+#include "calculator.h"
 #include "qhistorymanager.h"
 #include "qiconsetmanager.h"
 #include "qinterfacecontrol.h"
@@ -87,6 +88,8 @@ QInterface::QInterface(QMainWindow *mainWindow, QDockWidget *actionsDock, QListV
     buildFrame();
     createActions();
     setupCheck();
+    // Made once and kept: it remembers where it stood and what it showed.
+    setToolWindow(QStringLiteral("calculator"), new Calculator(m_mainWindow));
     retranslate();
 }
 

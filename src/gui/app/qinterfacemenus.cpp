@@ -50,13 +50,6 @@ void QInterface::createActions()
             menu->addAction(action);
         return action;
     };
-    // Slots that other parts of the window define; connected by name so
-    // that each part builds on its own.
-    auto byName = [this, everywhere](const char *name, int titleId, const char *slot) {
-        QAction *action = m_actions.addAction(everywhere, QLatin1String(name), titleId);
-        connect(action, SIGNAL(triggered()), this, slot);
-        return action;
-    };
     auto plain = [this, everywhere](const char *name, int titleId, auto slot) {
         return m_actions.addAction(everywhere, QLatin1String(name), titleId, false, this, slot);
     };
@@ -75,10 +68,10 @@ void QInterface::createActions()
     put(file, plain("file_close_others", 4, &QInterface::fileCloseAllCurr));
     put(file, plain("file_save", 5, &QInterface::fileSave));
     put(file, plain("file_saveas", 6, &QInterface::fileSaveAs));
-    put(file, byName("file_backup", 7, SLOT(fileBackup())), true);
-    put(file, byName("file_load_backup", 8, SLOT(fileLoadBackup())));
-    put(file, byName("file_check_errors", 9, SLOT(fileCheck())), true);
-    put(file, byName("file_run_mugen", 10, SLOT(fileRunMugen())));
+    put(file, plain("file_backup", 7, &QInterface::fileBackup), true);
+    put(file, plain("file_load_backup", 8, &QInterface::fileLoadBackup));
+    put(file, plain("file_check_errors", 9, &QInterface::fileCheck), true);
+    put(file, plain("file_run_mugen", 10, &QInterface::fileRunMugen));
     QAction *exit = m_actions.addAction(everywhere, QStringLiteral("file_exit"), 11);
     connect(exit, &QAction::triggered, m_mainWindow, &QWidget::close);
     put(file, exit, true);
@@ -107,15 +100,15 @@ void QInterface::createActions()
     connect(clipboard, &QAction::triggered, this, [this] { showToolWindow(m_clipboard); });
     put(view, clipboard);
 
-    put(tools, byName("tools_options", 37, SLOT(toolsOptions())));
+    put(tools, plain("tools_options", 37, &QInterface::toolsOptions));
     put(tools, plain("tools_export_html", 38, &QInterface::toolsExpHtml));
     QAction *scripts = put(tools, plain("tools_script_editor", 39, &QInterface::toolsScript));
     // There is no script host yet: the editor of scripts would have nothing to run them with.
     scripts->setEnabled(false);
     scripts->setVisible(false);
 
-    put(help, byName("ref_docs", 40, SLOT(helpRefDocs())));
-    put(help, byName("help_about", 41, SLOT(helpAbout())));
+    put(help, plain("ref_docs", 40, &QInterface::helpRefDocs));
+    put(help, plain("help_about", 41, &QInterface::helpAbout));
 
     for (QAction *control : {plain("editor_new", 49, &QInterface::editorNew),
                              plain("editor_open", 50, &QInterface::editorOpen),
