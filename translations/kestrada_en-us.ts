@@ -2,9 +2,208 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_US" sourcelanguage="en_US">
 <context>
+    <name>AboutDlg</name>
+    <message>
+        <location filename="../src/gui/app/aboutdlg.cpp" line="+16"/>
+        <source>About Kestrada</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+10"/>
+        <source>%1 (built with %2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+8"/>
+        <source>Version %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Running on Qt %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>An authoring environment for M.U.G.E.N. and Ikemen GO content: characters, stages, storyboards and fonts.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Credits</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Qt, the toolkit of the whole program: The Qt Company and the Qt contributors, used under the GNU LGPL, version 3.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>The Breeze icon theme: Uri Herrera and the KDE contributors, under the GNU LGPL, version 3 or later.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>uchardet, which recognises the encoding of text files: the uchardet authors, under the Mozilla Public License 1.1, the GNU GPL, version 2 or later, or the GNU LGPL, version 2.1 or later.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>The vocabulary of the engine&apos;s languages follows the M.U.G.E.N. documentation by Elecbyte.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>M.U.G.E.N. is Elecbyte&apos;s engine, Ikemen GO that of its own authors; Kestrada comes from neither of them.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>AddSom</name>
+    <message>
+        <location filename="../src/gui/sounds/addsom.cpp" line="+14"/>
+        <source>+1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>+10</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+10"/>
+        <source>Group:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>First index:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Increment:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Add sounds</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>BakDlg</name>
+    <message>
+        <location filename="../src/gui/app/bakdlg.cpp" line="+17"/>
+        <source>Load backup</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+9"/>
+        <source>Choose a backup to be loaded:</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>Calculator</name>
+    <message>
+        <location filename="../src/gui/app/calculator.cpp" line="+174"/>
+        <source>Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Division by zero.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+49"/>
+        <source>Back</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>C</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Remove the last digit (Backspace)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Clear all (Delete)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Result (Enter)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>DelGrp</name>
+    <message>
+        <location filename="../src/gui/common/delgrp.cpp" line="+11"/>
+        <source>Only the numbers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Group:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Delete group</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ErrorDlg</name>
+    <message>
+        <location filename="../src/gui/app/errordlg.cpp" line="+13"/>
+        <source>Issues</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ExpDlg</name>
+    <message>
+        <location filename="../src/gui/sounds/expdlg.cpp" line="+11"/>
+        <source>All sounds</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Only the group:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+10"/>
+        <source>Export sounds</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>GroupInterval</name>
+    <message>
+        <location filename="../src/gui/common/dialogparts.cpp" line="+31"/>
+        <source>from</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>to</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
-        <location filename="../src/gui/app/mainwindow.cpp" line="+65"/>
+        <location filename="../src/gui/app/mainwindow.cpp" line="+100"/>
         <source>Kestrada</source>
         <translation type="unfinished"></translation>
     </message>
@@ -33,6 +232,21 @@
         <source>Help</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <location line="+1"/>
+        <source>Action list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+15"/>
+        <source>Close</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Do you really want to close Kestrada?</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>MugRunDlg</name>
@@ -55,7 +269,7 @@
 <context>
     <name>MugenDlg</name>
     <message>
-        <location filename="../src/gui/app/mugendlg.cpp" line="+39"/>
+        <location filename="../src/gui/app/mugendlg.cpp" line="+40"/>
         <source>M.U.G.E.N.</source>
         <translation type="unfinished"></translation>
     </message>
@@ -125,15 +339,523 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+2"/>
+        <location line="+1"/>
         <source>Portable Network Graphic (*.png)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>Options</name>
+    <message>
+        <location filename="../src/gui/app/options.cpp" line="+42"/>
+        <source>Kestrada 3 Configuration (*.ksc3)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+69"/>
+        <location line="+442"/>
+        <source>Options</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-440"/>
+        <source>General</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Interface</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Colors</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Image</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Text</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+21"/>
+        <source>Load defaults</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Save...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Open...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Apply</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Close</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+25"/>
+        <source>M.U.G.E.N.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Add...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Remove</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Edit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <location line="+464"/>
+        <source>Clear</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-463"/>
+        <source>Move up</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Move down</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+13"/>
+        <source>Request confirmation on exit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Request confirmation on delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Ask to save palettes (File: Save / Save as)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Make a backup on load</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Enable the file modification watcher</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Sort file names from the open dialog</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+5"/>
+        <source>Hard disk (low memory usage)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Memory (maximum speed)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Cache:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Enable compression</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+11"/>
+        <source>Language:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+11"/>
+        <source>From the preset</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+8"/>
+        <source>Preset:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Iconset:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Stylesheet:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Colorset:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Keyboard shortcuts:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+31"/>
+        <source>Bold</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Italic</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <location line="+488"/>
+        <source>Color</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-486"/>
+        <location line="+501"/>
+        <source>Save</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-499"/>
+        <source>Save the colors as the colorset &quot;Custom&quot;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+24"/>
+        <source>Use OpenGL hardware acceleration</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Sprite over guide lines</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>CLSN over axis</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Invert sprite axis</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Modern</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <location line="+19"/>
+        <source>Custom</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-17"/>
+        <source>Crosshair:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Crosshair image</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+4"/>
+        <source>Sprite:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Animation:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Extra:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+4"/>
+        <source>Darker</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Lighter</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Monochrome</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Onion Skin effect:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Opacity:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>None</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Default (240p)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Default (480p)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Default (720p)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Default (1080p)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+4"/>
+        <source>X:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Y:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Background:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Background image</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+4"/>
+        <source>Zoom mode:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Large range (up to 8X)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Small range (up to 4X)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Center of zoom:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Center of workspace</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Sprite&apos;s axis</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>CLSN opacity:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+11"/>
+        <source>Line numbers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Folding markers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Highlight current line</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Highlight blocks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Parenthesis matching</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Current line navigation</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+11"/>
+        <source>Editor font:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Font size:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>System</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+4"/>
+        <source>Default code page:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Used when Universal Encoding Detector can&apos;t detect the code page.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+61"/>
+        <source>Portable Network Graphic (*.png)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+95"/>
+        <source>The settings can&apos;t be written to %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+16"/>
+        <location line="+12"/>
+        <source>Save configuration</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>The configuration can&apos;t be written to %1.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+5"/>
+        <location line="+7"/>
+        <source>Open configuration</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>%1 is not a Kestrada configuration.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+64"/>
+        <source>Remove every M.U.G.E.N. from the list?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+136"/>
+        <source>The colorset &quot;%1&quot; can&apos;t be written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+18"/>
+        <source>Author:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Contact:</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>QActionManager</name>
+    <message>
+        <location filename="../src/gui/app/qactionmanager.cpp" line="+167"/>
+        <source>Conflict!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>This shortcut conflict with another that resides in the same scope.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+142"/>
+        <source>Function</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Keys</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
     <name>QAnimations</name>
     <message>
-        <location filename="../src/core/animation/qanimations.cpp" line="+253"/>
+        <location filename="../src/core/animation/qanimations.cpp" line="+279"/>
         <source>Save AIR</source>
         <translation type="unfinished"></translation>
     </message>
@@ -149,6 +871,104 @@
     </message>
 </context>
 <context>
+    <name>QColorsetManager</name>
+    <message>
+        <location filename="../src/core/base/qcolorsetmanager.cpp" line="+26"/>
+        <source>Comments</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Block header</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Number</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>String</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Block parameter</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Parameter literal value</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Block controller</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Trigger</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Constant</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Matched parenthesis</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Matched parenthesis range</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Block range</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Line highlight</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Background start</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Background end</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>CLSN 1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>CLSN 2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>CLSN 1 Default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>CLSN 2 Default</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>QCommands</name>
     <message>
         <location filename="../src/core/text/qcommands.cpp" line="+16"/>
@@ -159,16 +979,324 @@
 <context>
     <name>QDefinitions</name>
     <message>
-        <location filename="../src/core/text/qdefinitions.cpp" line="+49"/>
+        <location filename="../src/core/text/qdefinitions.cpp" line="+57"/>
         <source>Do you really want to discard the changes made in the definitions?</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>QFileWatcherManager</name>
+    <message>
+        <location filename="../src/core/base/qfilewatchermanager.cpp" line="+103"/>
+        <source>The file &apos;%1&apos; has been modified. Do you want to reload all other instances of this file now?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>File modified</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>QHistoryManager</name>
+    <message>
+        <location filename="../src/gui/app/qhistorymanager.cpp" line="+97"/>
+        <source>Open all</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Clear</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+31"/>
+        <source>File not found!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>The file &apos;%1&apos; doesn&apos;t exists. Do you want to remove it from the history?</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
     <name>QInterface</name>
     <message>
-        <location filename="../src/gui/app/qinterface.cpp" line="+66"/>
+        <location filename="../src/gui/app/qinterfaceprojects.cpp" line="+46"/>
+        <location line="+11"/>
+        <source>Save</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-10"/>
+        <source>These files couldn&apos;t be written; their changes are still only in Kestrada:
+%1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+11"/>
+        <source>The folder &apos;%1&apos; can&apos;t be written. Nothing was saved.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+88"/>
+        <source>Project %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+11"/>
+        <location line="+23"/>
+        <source>Open project</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-12"/>
+        <location line="+46"/>
+        <location line="+24"/>
         <source>Loading project...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-56"/>
+        <source>The file &apos;%1&apos; can&apos;t be read: the project can&apos;t be opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>The file &apos;%1&apos; doesn&apos;t exist: the project can&apos;t be opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+58"/>
+        <source>Save as UTF-8</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>You want to save the file as UTF-8? This ensures that all characters are saved in the same form in which they are viewed in the program. Otherwise, the source encoding detected when the file was opened will be used.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+18"/>
+        <source>Do you want to save the palettes of the group 1 based on the definitions (palette 1,x = palx in DEF)?
+Choose No to ignore palettes.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+33"/>
+        <source>Save project</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+10"/>
+        <source>M.U.G.E.N. Beta</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>M.U.G.E.N. 1.0</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>M.U.G.E.N. 1.1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>Format</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Choose the format to be saved:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>M.U.G.E.N. Beta: 8 bits only, other formats will be converted to 8 bits</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>M.U.G.E.N. 1.0: 5 / 8 bits, other formats will be converted to 8 bits</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>M.U.G.E.N. 1.1: 5 / 8 / 24 / 32 bits, other formats will be converted to 24 bits</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+8"/>
+        <source>Palette warning!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Kestrada not found the character palette. To view all sprites properly you must select an external palette file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>All palette files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location filename="../src/gui/app/qinterface.cpp" line="+560"/>
+        <source>Main</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Extra</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Action list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location filename="../src/gui/app/qinterfacebackup.cpp" line="+26"/>
+        <location line="+18"/>
+        <source>Create backup</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-17"/>
+        <source>This project has no files yet. Save it first; then it can be backed up.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>Creating backup...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+6"/>
+        <source>The backup folder couldn&apos;t be made beside &apos;%1&apos;. Check that the folder can be written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Not every file of the project could be written into &apos;%1&apos;. This backup is incomplete.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+5"/>
+        <source>Backup created in &apos;%1&apos;</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+12"/>
+        <source>Load backup</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>This project has no backups yet.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+10"/>
+        <source>Loading backup...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <location filename="../src/gui/app/qinterfacecheck.cpp" line="+54"/>
+        <source>%n error(s) found!</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <location line="+3"/>
+        <source>%n warnings found!</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>No issues found!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+69"/>
+        <source>Warning!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Oops, wrong parameters on the M.U.G.E.N. configuration. Check it in the Tools / Options.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+12"/>
+        <source>Saving project for testing...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+13"/>
+        <source>M.U.G.E.N. could not be started: %1
+
+%2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+4"/>
+        <source>Windows programs need wine, which isn&apos;t installed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Run in M.U.G.E.N.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location filename="../src/gui/app/qinterfacehelp.cpp" line="+41"/>
+        <source>The reference documentation is missing. It should be here:
+%1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+5"/>
+        <source>No web browser could be started for the reference documentation. Open this file by hand:
+%1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location filename="../src/gui/app/qinterfacemenus.cpp" line="+32"/>
+        <source>Beta</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+119"/>
+        <source>Project: %1, Version: Ikemen GO (M.U.G.E.N. %2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Project: %1, Version: M.U.G.E.N. %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+39"/>
+        <source>You can export only characters as HTML!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>The export of a move list to HTML isn&apos;t available in this version yet.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -237,7 +1365,7 @@
 <context>
     <name>QMugenSyntaxHierarchy</name>
     <message>
-        <location filename="../src/core/text/qsyntaxhierarchy.cpp" line="+387"/>
+        <location filename="../src/core/text/qsyntaxhierarchy.cpp" line="+374"/>
         <source>Commands</source>
         <translation type="unfinished"></translation>
     </message>
@@ -250,18 +1378,26 @@
 <context>
     <name>QMugenSyntaxProcessor</name>
     <message>
-        <location filename="../src/core/text/qmugensyntaxprocessor.cpp" line="+287"/>
-        <location line="+1227"/>
+        <location filename="../src/core/text/qmugensyntaxprocessor.cpp" line="+338"/>
+        <location line="+1404"/>
         <source>Syntax error - code ends before line</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="-953"/>
+        <location line="-1118"/>
+        <source>%1 is only valid in Ikemen GO</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+10"/>
+        <location line="+611"/>
+        <location line="+17"/>
+        <location line="+43"/>
         <source>Unexpected token &apos;%1&apos;</source>
         <translation type="unfinished"></translation>
     </message>
     <message numerus="yes">
-        <location line="+16"/>
+        <location line="-655"/>
         <source>This parameter requires %n value(s)</source>
         <translation type="unfinished">
             <numerusform></numerusform>
@@ -269,7 +1405,7 @@
         </translation>
     </message>
     <message>
-        <location line="+26"/>
+        <location line="+27"/>
         <source>Wrong StateDef</source>
         <translation type="unfinished"></translation>
     </message>
@@ -284,12 +1420,12 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+56"/>
+        <location line="+80"/>
         <source>Invalid group</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+20"/>
+        <location line="+22"/>
         <source>Unknown &apos;BG&apos; type</source>
         <translation type="unfinished"></translation>
     </message>
@@ -309,7 +1445,7 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+18"/>
+        <location line="+20"/>
         <source>Controller invalid for the M.U.G.E.N. version of the current project</source>
         <translation type="unfinished"></translation>
     </message>
@@ -319,7 +1455,7 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+119"/>
+        <location line="+131"/>
         <source>Unknown &apos;Remap&apos; parameter</source>
         <translation type="unfinished"></translation>
     </message>
@@ -345,12 +1481,12 @@
     </message>
     <message>
         <location line="+53"/>
-        <location line="+43"/>
+        <location line="+41"/>
         <source>Unknown &apos;StateDef&apos; parameter &apos;%1&apos;</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="-31"/>
+        <location line="-29"/>
         <source>Unknown &apos;StateDef type&apos; value &apos;%1&apos;</source>
         <translation type="unfinished"></translation>
     </message>
@@ -365,12 +1501,12 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+37"/>
+        <location line="+35"/>
         <source>Unknown &apos;Quotes&apos; parameter</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+10"/>
+        <location line="+23"/>
         <source>Unknown &apos;Info&apos;&apos; parameter</source>
         <translation type="unfinished"></translation>
     </message>
@@ -395,7 +1531,12 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+20"/>
+        <location line="+47"/>
+        <source>Unterminated string</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+61"/>
         <source>Unknown parameter &apos;%1&apos; for the &apos;%2&apos; controller</source>
         <translation type="unfinished"></translation>
     </message>
@@ -405,12 +1546,12 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+8"/>
+        <location line="+10"/>
         <source>Parameter deprecated in the M.U.G.E.N %1</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+244"/>
+        <location line="+257"/>
         <location line="+14"/>
         <source>Unknown parameter value &apos;%1&apos;</source>
         <translation type="unfinished"></translation>
@@ -426,19 +1567,40 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+4"/>
+        <location line="+6"/>
         <source>Trigger deprecated in the M.U.G.E.N %1</source>
         <translation type="unfinished"></translation>
     </message>
+    <message numerus="yes">
+        <location line="+53"/>
+        <source>This trigger requires %n argument(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
     <message>
-        <location line="+94"/>
+        <location line="+88"/>
         <source>Unknown constant &apos;%1&apos;</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+33"/>
+        <location line="+34"/>
         <location line="+26"/>
         <source>Unknown value</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>QOrganizerEditor</name>
+    <message>
+        <location filename="../src/gui/app/qorganizereditor.cpp" line="+198"/>
+        <source>Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Do you really want to delete the selected item(s)?</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -506,7 +1668,7 @@
 <context>
     <name>QRGBPalette</name>
     <message>
-        <location filename="../src/core/sprites/qrgbpalette.cpp" line="+119"/>
+        <location filename="../src/core/sprites/qrgbpalette.cpp" line="+121"/>
         <source>Adobe Color Table (*.act);;Personal Computer eXchange (*.pcx);;Portable Network Graphic (*.png);;Bitmap (*.bmp);;RIFF / Jasc Palette (*.pal);;Adobe Color Swatch (*.aco);;Adobe Swatch Exchange (*.ase);;Corel Painter Swatches (*.txt)</source>
         <translation type="unfinished"></translation>
     </message>
@@ -543,16 +1705,32 @@
     <name>QSounds</name>
     <message>
         <location filename="../src/core/sounds/qsounds.cpp" line="+85"/>
+        <location line="+250"/>
         <source>no such file</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+31"/>
+        <location line="-219"/>
         <source>The load was cancelled.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+322"/>
+        <location line="+214"/>
+        <source>no such sound</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+10"/>
+        <source>the file is too large for an SND</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+9"/>
+        <source>the file is empty</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+106"/>
         <source>Save SND</source>
         <translation type="unfinished"></translation>
     </message>
@@ -576,6 +1754,214 @@
         <source>The group %2, index %3 is already in use by sound #%4!</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <location filename="../src/core/sounds/qsoundsscripts.cpp" line="+117"/>
+        <source>no file is named</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+48"/>
+        <source>Import sounds</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>These sounds couldn&apos;t be imported and were left out:
+%1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>QSoundsEditor</name>
+    <message>
+        <location filename="../src/gui/sounds/qsoundseditor.cpp" line="+41"/>
+        <source>WAVEform Audio Format (*.wav)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+5"/>
+        <source>Sounds (*.snd)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+177"/>
+        <location line="+11"/>
+        <source>Channels: ---
+Sample rate: ---
+Bits per sample: ---
+Duration: ---</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Mono</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Stereo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Multichannel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Channels: %1 (%2)
+Sample rate: %3 Hz
+Bits per sample: %4 bits
+Duration: %5 seconds</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+39"/>
+        <source>The file &quot;%1&quot; couldn&apos;t be processed:
+%2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+21"/>
+        <location line="+8"/>
+        <source>Open sounds</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-3"/>
+        <source>Loading sounds...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+18"/>
+        <location line="+16"/>
+        <source>Saving sounds...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-13"/>
+        <location line="+9"/>
+        <location line="+7"/>
+        <source>Save sounds</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+58"/>
+        <source>Find</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>No sound found!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+61"/>
+        <location line="+38"/>
+        <source>Add sounds</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>These files couldn&apos;t be added:
+%1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+8"/>
+        <source>Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Do you really want to delete the sound?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+10"/>
+        <location line="+5"/>
+        <source>Change WAV</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+10"/>
+        <location line="+5"/>
+        <source>Save WAV</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <location line="+100"/>
+        <source>The file &quot;%1&quot; couldn&apos;t be written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-10"/>
+        <location line="+9"/>
+        <source>Export sounds</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-9"/>
+        <location line="+17"/>
+        <source>Kestrada Export (*.kse)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-17"/>
+        <source>;;Elecbyte SndMaker (*.def)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+4"/>
+        <source>Exporting sounds...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+13"/>
+        <location line="+8"/>
+        <source>Import sounds</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-3"/>
+        <source>Importing sounds...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+4"/>
+        <source>The file &quot;%1&quot; couldn&apos;t be read.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+16"/>
+        <source>Warning</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>You can&apos;t import from the destination project!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <location line="+4"/>
+        <source>Import from another project</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="-4"/>
+        <source>No sound imported!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <location line="+4"/>
+        <source>%n sound(s) were imported!</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>QSprite</name>
@@ -594,7 +1980,7 @@ For the current SFF version, the image will be converted to indexed with an opti
 <context>
     <name>QSpritePalette</name>
     <message>
-        <location filename="../src/core/sprites/qspritepalette.cpp" line="+102"/>
+        <location filename="../src/core/sprites/qspritepalette.cpp" line="+103"/>
         <source>Palette changes</source>
         <translation type="unfinished"></translation>
     </message>
@@ -607,7 +1993,7 @@ For the current SFF version, the image will be converted to indexed with an opti
 <context>
     <name>QSprites</name>
     <message>
-        <location filename="../src/core/sprites/qsprites.cpp" line="+652"/>
+        <location filename="../src/core/sprites/qsprites.cpp" line="+655"/>
         <source>Save SFF</source>
         <translation type="unfinished"></translation>
     </message>
@@ -627,7 +2013,7 @@ For the current SFF version, the image will be converted to indexed with an opti
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+18"/>
+        <location line="+32"/>
         <source>Indexed sprite without palette!</source>
         <translation type="unfinished"></translation>
     </message>
@@ -638,12 +2024,12 @@ For the current SFF version, the image will be converted to indexed with an opti
     </message>
     <message>
         <location line="+4"/>
-        <location filename="../src/core/sprites/sfffile.cpp" line="+605"/>
+        <location filename="../src/core/sprites/sfffile.cpp" line="+658"/>
         <source>Empty sprite!</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+8"/>
+        <location line="+9"/>
         <source>Sprite can&apos;t receive the group 1 (character) palette at his position!</source>
         <translation type="unfinished"></translation>
     </message>
@@ -664,12 +2050,12 @@ For the current SFF version, the image will be converted to indexed with an opti
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+2"/>
+        <location line="+3"/>
         <source>The group %2, index %3 is already in use by palette #%4!</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location filename="../src/core/sprites/sfffile.cpp" line="-462"/>
+        <location filename="../src/core/sprites/sfffile.cpp" line="-480"/>
         <source>Sprite loading error</source>
         <translation type="unfinished"></translation>
     </message>
@@ -685,23 +2071,33 @@ For the current SFF version, the image will be converted to indexed with an opti
     </message>
     <message>
         <location line="+48"/>
-        <location line="+126"/>
+        <location line="+143"/>
         <source>%1(0): The file is damaged: its header is incomplete.</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="-51"/>
+        <location line="-76"/>
+        <source>Palette with a colour count of 0, read as %1 colours!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+19"/>
         <source>%1(%2): Sprite incorrectly linked to the palette index %3</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+34"/>
-        <location line="+57"/>
+        <location line="+32"/>
+        <source>Sprite data beyond the end of the file!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+8"/>
+        <location line="+58"/>
         <source>%1(%2): Sprite incorrectly linked to the index %3</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+136"/>
+        <location line="+139"/>
         <source>Sprite saving error</source>
         <translation type="unfinished"></translation>
     </message>
@@ -712,7 +2108,7 @@ For the current SFF version, the image will be converted to indexed with an opti
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+32"/>
+        <location line="+29"/>
         <source>The sprite at index %1 is empty. You can&apos;t save a SFF file with an empty sprite.</source>
         <translation type="unfinished"></translation>
     </message>
@@ -727,7 +2123,7 @@ For the current SFF version, the image will be converted to indexed with an opti
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+101"/>
+        <location line="+112"/>
         <source>Can&apos;t compress the image.</source>
         <translation type="unfinished"></translation>
     </message>
@@ -735,7 +2131,7 @@ For the current SFF version, the image will be converted to indexed with an opti
 <context>
     <name>QSyntaxHierarchy</name>
     <message>
-        <location filename="../src/core/text/qsyntaxhierarchy.cpp" line="-333"/>
+        <location filename="../src/core/text/qsyntaxhierarchy.cpp" line="-320"/>
         <source>Integer</source>
         <translation type="unfinished"></translation>
     </message>
@@ -748,7 +2144,18 @@ For the current SFF version, the image will be converted to indexed with an opti
 <context>
     <name>QSyntaxTextEditor</name>
     <message>
-        <location filename="../src/core/text/qsyntaxtexteditor.cpp" line="+338"/>
+        <location filename="../src/core/text/qsyntaxtexteditor.cpp" line="+245"/>
+        <source>Text saving error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>An error occurred when saving the file &apos;%1&apos;.
+%2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+125"/>
         <source>the states</source>
         <translation type="unfinished"></translation>
     </message>
@@ -3832,6 +5239,29 @@ For the current SFF version, the image will be converted to indexed with an opti
     </message>
 </context>
 <context>
+    <name>RenGrp</name>
+    <message>
+        <location filename="../src/gui/common/rengrp.cpp" line="+12"/>
+        <source>Only the numbers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Group:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>New group:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Rename group</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>SndReader</name>
     <message>
         <location filename="../src/core/sounds/sndfile.cpp" line="+60"/>
@@ -3874,6 +5304,24 @@ For the current SFF version, the image will be converted to indexed with an opti
     <message>
         <location line="+28"/>
         <source>the sounds don&apos;t fit in the 4 GB an SND file can address</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>sndimport</name>
+    <message>
+        <location filename="../src/gui/sounds/sndimport.cpp" line="+11"/>
+        <source>Only the groups</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+6"/>
+        <source>Project:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Import from another project</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
