@@ -20,7 +20,7 @@ PACKAGES="build-essential cmake pkg-config ninja-build ccache
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
   libqt6svg6 breeze-icon-theme
   libluajit-5.1-dev libuchardet-dev libbenchmark-dev
-  xvfb xauth libgl1-mesa-dri libxkbcommon-dev"
+  xvfb xauth xdotool libgl1-mesa-dri libxkbcommon-dev"
 
 install_packages() {
     missing=""

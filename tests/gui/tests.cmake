@@ -37,3 +37,10 @@ target_link_libraries(kestrada-framedemo PRIVATE kestrada-gui)
 target_include_directories(kestrada-framedemo PRIVATE "${CMAKE_CURRENT_LIST_DIR}")
 add_dependencies(kestrada-framedemo kestrada-data)
 kestrada_add_gui_test(options)
+
+# The real program under Xvfb, driven with xdotool; skipped without them.
+# Its pictures are left in pictures/drive_kfm of the build folder.
+add_test(NAME drive_kfm
+         COMMAND sh "${CMAKE_CURRENT_LIST_DIR}/drive_kfm.sh" "${CMAKE_BINARY_DIR}" "${KESTRADA_CORPUS_DIR}"
+                 "${CMAKE_BINARY_DIR}/pictures/drive_kfm")
+set_tests_properties(drive_kfm PROPERTIES LABELS gui SKIP_RETURN_CODE 77 TIMEOUT 180 RUN_SERIAL TRUE)

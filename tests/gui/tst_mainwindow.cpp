@@ -198,6 +198,7 @@ private Q_SLOTS:
         ui->openProject(corpus(def));
         QCOMPARE(ui->tabBar()->count(), 1);
         QCOMPARE(ui->tabBar()->tabText(0), tab);
+        QCOMPARE(window.windowTitle(), tab + QStringLiteral(" - Kestrada"));
         QCOMPARE(ui->statusLabel(3)->text(), line);
         // The editors a stage has no documents for hide, with their menus.
         for (int id : {3, 4, 5}) {

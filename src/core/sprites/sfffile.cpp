@@ -671,12 +671,18 @@ bool SffWriter::prepare(bool character)
         }
     }
     if (set.version() == QSprites::Version_101 || set.version() == QSprites::Version_200) {
-        set.beginMacro(QStringLiteral("convertToIndexed"));
+        QList<QSprite *> trueColour;
         for (int i = 0; i < set.count(); ++i) {
             if (set.at(i)->data()->format() != QImageInfo::Indexed)
-                makeIndexed(set.at(i));
+                trueColour.append(set.at(i));
         }
-        set.endMacro();
+        // No step at all when nothing changes: an empty one would mark the set modified.
+        if (!trueColour.isEmpty()) {
+            set.beginMacro(QStringLiteral("convertToIndexed"));
+            for (QSprite *sprite : std::as_const(trueColour))
+                makeIndexed(sprite);
+            set.endMacro();
+        }
     }
     if (set.version() == QSprites::Version_101 && character) {
         // Version 1.01 passes a palette on only from the sprite just before:

@@ -283,6 +283,8 @@ private:
     /** Tools keeps its first three entries; the scripts' tools would follow them. */
     void rebuildToolsMenu();
     void showProjectStatus();
+    /** The window's title: the current project's name and the program's. */
+    void showWindowTitle();
     void showToolWindow(QWidget *window);
     void saveToolWindows();
     // Projects (qinterfaceprojects.cpp).

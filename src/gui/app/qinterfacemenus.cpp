@@ -137,6 +137,7 @@ void QInterface::rebuildToolsMenu()
 
 void QInterface::showProjectStatus()
 {
+    showWindowTitle();
     QClickableLabel *label = m_status.value(3);
     if (!label)
         return;
@@ -167,6 +168,16 @@ void QInterface::changeTabName(QProject *project, const QString &name)
     const QString title = name.isEmpty() ? tabTitle(project) : name;
     if (!title.isEmpty())
         m_tabs->setTabText(index, title);
+    if (project == m_current)
+        showWindowTitle();
+}
+
+void QInterface::showWindowTitle()
+{
+    // The project's name first, so the task bar and window lists tell open windows apart.
+    const int index = int(m_projects.indexOf(m_current));
+    const QString program = tr("Kestrada");
+    m_mainWindow->setWindowTitle(index < 0 ? program : m_tabs->tabText(index) + QStringLiteral(" - ") + program);
 }
 
 void QInterface::projTabClick(int tab)
