@@ -55,7 +55,11 @@ private:
     QMugenModel m_configuration;
     QPresetManager *m_presets = nullptr;
 
-    /** A window with the menus of the program, two workspaces, editors 1, 3 and 5, and the organizer. */
+    /**
+     * A window with the menus of the program, two workspaces, editors 1, 3
+     * and 5, and the organizer. Editor 3 serves characters, the others the
+     * kinds of `mask`.
+     */
     struct Frame
     {
         QMainWindow window;
@@ -63,7 +67,7 @@ private:
         QInterface *ui;
         LogEditor *editors[6] = {};
 
-        Frame()
+        explicit Frame(int mask = 15)
         {
             for (const char *menu : {"menuFile", "menuEdit", "menuView", "menuTools", "menuHelp"})
                 window.menuBar()->addMenu(QLatin1String(menu))->setObjectName(QLatin1String(menu));
@@ -73,7 +77,7 @@ private:
             ui->addWorkspace(new LogWorkspace(1, &log));
             for (int id : {1, 3, 5}) {
                 const QString add = QStringLiteral("test_add_%1").arg(id);
-                editors[id] = new LogEditor(ui, id, id == 3 ? 0 : 1, id == 3 ? Character : 15, &log, {{add, 74}});
+                editors[id] = new LogEditor(ui, id, id == 3 ? 0 : 1, id == 3 ? Character : mask, &log, {{add, 74}});
                 ui->addEditor(editors[id]);
             }
             ui->addExtraEditor(new QOrganizerEditor(ui));
@@ -166,6 +170,27 @@ private Q_SLOTS:
         // The menus of editors stand before Tools and Help.
         const QList<QAction *> menus = f.window.menuBar()->actions();
         QCOMPARE(menus.at(menus.size() - 3), f.editors[5]->menu()->menuAction());
+    }
+
+    void aKindNoEditorServes()
+    {
+        Frame f(Character);
+        f.ui->newProject(false);
+        f.ui->currentProject()->setType(Stage);
+        f.ui->projTypeChanged(f.ui->currentProject());
+        f.ui->tabBar()->setCurrentIndex(0);
+        QCOMPARE(f.ui->currentEditorId(), 1);
+        // Back to the stage through a refresh: no editor, none of its commands listed.
+        f.ui->tabBar()->setCurrentIndex(1);
+        QCOMPARE(f.ui->currentEditorId(), int(QInterfaceIds::NoEditor));
+        QCOMPARE(f.ui->actions().list().rowCount(), 0);
+        // The window's own keys still work.
+        QVERIFY(f.ui->actions().setShortcut(f.ui->actions().action(QStringLiteral("file_new")),
+                                            QKeySequence(Qt::CTRL | Qt::Key_N)));
+        f.window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&f.window));
+        QTest::keyClick(&f.window, Qt::Key_N, Qt::ControlModifier);
+        QCOMPARE(f.ui->projects().size(), 3);
     }
 
     void presetsPlaceControls()

@@ -107,10 +107,11 @@ private Q_SLOTS:
         press(5, Qt::Key_Insert);
         press(3, Qt::CTRL | Qt::Key_Z);
         press(0, Qt::Key_F5);
-        // Nothing runs without an editor; then each press runs its own editor's command.
+        // Without an editor only the window's own commands run (a stage with no
+        // editor of its own still saves); then each press runs its own editor's.
         QCOMPARE(sprites.size(), 1);
         QCOMPARE(sounds.size(), 2);
-        QCOMPARE(globals.size(), 1);
+        QCOMPARE(globals.size(), 2);
         // Two commands of the definitions on one key: both run.
         QCOMPARE(firsts.size(), 1);
         QCOMPARE(seconds.size(), 1);

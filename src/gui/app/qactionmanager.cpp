@@ -201,14 +201,17 @@ void QActionManager::setScope(int id)
 void QActionManager::shortcutTriggered()
 {
     const auto *shared = qobject_cast<QAction *>(sender());
-    if (!shared || m_scope < 0 || m_scope >= QActionInfo::NoScope)
+    if (!shared)
         return;
+    // Without a current editor (a project kind no editor serves) the
+    // window's own commands still run: Ctrl+S must save a stage.
+    const bool editor = m_scope >= 0 && m_scope < QActionInfo::NoScope;
     // A command may delete others or change the scope; walk a copy.
     const QList<QAction *> commands = m_actions;
     for (QAction *command : commands) {
         const QActionInfo *known = info(command);
         if (known && known->shortcut == shared
-            && (known->scopes[QActionInfo::Everywhere] || known->scopes[size_t(m_scope)]))
+            && (known->scopes[QActionInfo::Everywhere] || (editor && known->scopes[size_t(m_scope)])))
             command->activate(QAction::Trigger);
     }
 }

@@ -305,7 +305,9 @@ void QInterface::makeCurrent(int id)
     QInterfaceEditor *next = editor(id);
     if (!next)
         id = QInterfaceIds::NoEditor;
-    if (id == m_currentEditor && (!next || next->isActive()))
+    // "No editor" is applied again each time: a refresh lets go of the
+    // editor without the panels and keys that went with it.
+    if (id == m_currentEditor && next && next->isActive())
         return;
     if (QInterfaceEditor *previous = currentEditor()) {
         connectEditor(previous, false);
