@@ -148,6 +148,9 @@ private Q_SLOTS:
         QCOMPARE(entries(ui, window.menuTools),
                  words("tools_options tools_export_html tools_script_editor"));
         QCOMPARE(entries(ui, window.menuHelp), words("ref_docs help_about"));
+        // Only the tool windows that exist can be called up.
+        QVERIFY(ui->actions().action(QStringLiteral("view_calculator"))->isEnabled());
+        QVERIFY(!ui->actions().action(QStringLiteral("view_clipboard"))->isEnabled());
     }
 
     void toolWindowsKeepTheirPlace()

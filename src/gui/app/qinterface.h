@@ -286,6 +286,8 @@ private:
     /** The window's title: the current project's name and the program's. */
     void showWindowTitle();
     void showToolWindow(QWidget *window);
+    /** The commands of the tool windows are enabled where the window exists. */
+    void enableToolActions();
     void saveToolWindows();
     // Projects (qinterfaceprojects.cpp).
     /** Connects a new project's questions and notices, before anything is loaded. */

@@ -120,6 +120,7 @@ void QInterface::createActions()
                              "view_actions", "view_calculator", "view_clipboard"})
         addControl(QLatin1String(name), new QInterfaceControlAction(m_actions.action(QLatin1String(name))));
     rebuildToolsMenu();
+    enableToolActions();
 }
 
 void QInterface::rebuildToolsMenu()
@@ -229,6 +230,7 @@ void QInterface::setToolWindow(const QString &key, QWidget *window)
     if (!slot)
         return;
     *slot = window;
+    enableToolActions();
     if (!window || !configuration || slot == &m_quickFind)
         return;
     // Where the user left it, and open if it was.
@@ -239,6 +241,19 @@ void QInterface::setToolWindow(const QString &key, QWidget *window)
         window->move(config.value(x).toInt(), config.value(y).toInt());
     if (config.value(QStringLiteral("show_") + key).toBool())
         window->show();
+}
+
+void QInterface::enableToolActions()
+{
+    // A command whose window doesn't exist yet would do nothing when chosen.
+    const std::pair<const char *, QWidget *> commands[] = {{"edit_find_replace", m_quickFind},
+                                                           {"edit_find_replace_multi", m_findMulti},
+                                                           {"view_calculator", m_calculator},
+                                                           {"view_clipboard", m_clipboard}};
+    for (const auto &[name, window] : commands) {
+        if (QAction *action = m_actions.action(QLatin1String(name)))
+            action->setEnabled(window != nullptr);
+    }
 }
 
 void QInterface::showToolWindow(QWidget *window)
